@@ -1,0 +1,116 @@
+// Batches for the benchmarks of exported functions, and the floors they stand beside.
+//
+// A benchmark is named BM_<export>/null:<percent>/sel:<0 or 1>/rows:<n>. It counts rows a second, and the bytes of values and
+// valid bytes that go in and out. Its floors, in the same run, are BM_copy_<bytes>, a memcpy of as many bytes as one vector holds,
+// and BM_loop_<what>, the plain loop over raw arrays, compiled with what the library's loops may use.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <numeric>
+#include <random>
+#include <utility>
+#include <vector>
+
+#include "qzbifun/qzbifun.h"
+#include "qzhost/control.h"
+
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__)
+// A floor runs at the machine's own width, as the library's loops do.
+#define BENCH_FLOOR [[gnu::noinline, gnu::target_clones("avx2", "default")]]
+#else
+#define BENCH_FLOOR [[gnu::noinline]]
+#endif
+
+namespace bench {
+
+struct Shape {
+    uint32_t rows;
+    uint32_t null_percent;
+    bool selected;
+
+    explicit Shape(const benchmark::State& state)
+        : rows(static_cast<uint32_t>(state.range(2))),
+          null_percent(static_cast<uint32_t>(state.range(0))),
+          selected(state.range(1) != 0) {}
+};
+
+// All shapes: NULLs 0, 1 and 50 percent, without and with a selection, 1,024 and 65,536 rows.
+inline void all_shapes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgNames({"null", "sel", "rows"});
+    for (const int64_t rows : {1024, 65536})
+        for (const int64_t selected : {0, 1})
+            for (const int64_t nulls : {0, 1, 50}) benchmark->Args({nulls, selected, rows});
+}
+
+inline void dense_shapes(benchmark::internal::Benchmark* benchmark) {
+    benchmark->ArgNames({"null", "sel", "rows"});
+    for (const int64_t rows : {1024, 65536}) benchmark->Args({0, 0, rows});
+}
+
+// One environment and one memory object for a benchmark.
+class Host {
+  public:
+    Host() : env_(host_env_create()), rt_mem_(host_memobj_create(env_)) {}
+    ~Host() {
+        host_memobj_destroy(rt_mem_);
+        host_env_destroy(env_);
+    }
+    Host(const Host&) = delete;
+    Host& operator=(const Host&) = delete;
+
+    qz_env* env() const { return env_; }
+    rt_memobj* rt_mem() const { return rt_mem_; }
+
+  private:
+    qz_env* env_;
+    rt_memobj* rt_mem_;
+};
+
+class Vector {
+  public:
+    Vector(const Host& host, int32_t type, uint32_t rows) : col_(host_col_create(host.env(), host.rt_mem(), type, rows)) {}
+
+    // Rows of make(random), a share of them NULL; the selection permutes them.
+    template <class T, class Make>
+    static Vector of(const Host& host, int32_t type, const Shape& shape, const Make& make) {
+        Vector vector(host, type, shape.rows);
+        bdta3_col* const col = vector.col();
+        std::mt19937_64 random(shape.rows);
+        for (uint32_t i = 0; i < shape.rows; ++i) {
+            vector.values<T>()[i] = make(random);
+            col->data->valid[i] = random() % 100 >= shape.null_percent;
+        }
+        col->all_valid = shape.null_percent == 0;
+        if (!shape.selected) return vector;
+        std::vector<uint16_t> sel(shape.rows);
+        std::iota(sel.begin(), sel.end(), uint16_t{0});
+        std::shuffle(sel.begin(), sel.end(), random);
+        host_col_set_selection(col, sel.data(), shape.rows);
+        return vector;
+    }
+
+    ~Vector() { host_col_destroy(col_); }
+    Vector(Vector&& other) noexcept : col_(std::exchange(other.col_, nullptr)) {}
+    Vector& operator=(Vector&&) = delete;
+
+    bdta3_col* col() const { return col_; }
+    const uint8_t* valid() const { return col_->data->valid; }
+    template <class T>
+    T* values() const {
+        return static_cast<T*>(col_->data->values);
+    }
+
+  private:
+    bdta3_col* col_;
+};
+
+inline void report(benchmark::State& state, uint32_t rows, size_t bytes_a_row) {
+    state.SetItemsProcessed(state.iterations() * rows);
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(rows * bytes_a_row));
+}
+
+}  // namespace bench

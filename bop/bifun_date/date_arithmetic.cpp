@@ -1,0 +1,164 @@
+// Dates moved by days, weeks, months and intervals, to the next weekday and to the month's end.
+//
+// Each function hands one amount to one service of the calendar, which holds the rules of month ends and the range. What a constant's
+// has_value says plays no part, and a result is built in its row, whose valid byte stays as combined from the arguments.
+//
+// The weeks of add_weeks are multiplied in 32 bits and wrap around unnoticed.
+#include "qzbifun/date_arithmetic.h"
+
+#include <cstring>
+
+#include "bop/bifun_date/weekday.h"
+#include "bop/frame/export.h"
+#include "bop/switches.h"
+#include "qzhost/date_text.h"
+#include "qzhost/interval.h"
+
+namespace bifun {
+namespace {
+
+constexpr Rules kRules{.constants = ConstantNull::kIgnored, .store = Store::kKeep};
+constexpr Rules kFlagFirst{
+    .constants = ConstantNull::kIgnored,
+    .flag = FlagStore::kBeforeRows,
+    .store = Store::kKeep,
+};
+
+// ---- By an amount -----------------------------------------------------------------------------------------------------------
+
+struct AddDays {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, const qztime& date, double days) {
+        return Code{qztime_date_add_number(&date, days, &out.slot<qztime>())};
+    }
+};
+
+struct AddWeeks {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, const qztime& date, int32_t weeks) {
+        const auto days = static_cast<int32_t>(static_cast<uint32_t>(weeks) * 7);
+        return Code{qztime_date_add_number(&date, days, &out.slot<qztime>())};
+    }
+};
+
+struct AddMonths {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, const qztime& date, int32_t months) {
+        constexpr int32_t kQualifierMonth = 656;  // MONTH(9)
+        const qz_interval_ym interval{0, months, kQualifierMonth};
+        return Code{qztime_date_add_iv_ym(&date, &interval, &out.slot<qztime>())};
+    }
+};
+
+template <class Interval, int32_t (*kService)(const qztime*, const Interval*, qztime*)>
+struct Move {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, const qztime& date, const Interval& interval) {
+        return Code{kService(&date, &interval, &out.slot<qztime>())};
+    }
+};
+
+using AddIntervalYm = Move<qz_interval_ym, datetime_add_interval_ym>;
+using SubIntervalYm = Move<qz_interval_ym, datetime_sub_interval_ym>;
+using AddIntervalDt = Move<qz_interval_dt, datetime_add_interval_dt>;
+
+struct DateAdd {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, int32_t part, int64_t count, const qztime& date) {
+        return Code{qztime_add_by_fmt(&date, part, count, &out.slot<qztime>())};
+    }
+};
+
+// ---- To a day ---------------------------------------------------------------------------------------------------------------
+
+struct NextDay {
+    static constexpr Rules rules = kFlagFirst;
+    static constexpr uint32_t kNameBytes = 20;  // with the NUL behind it
+    static constexpr int32_t kUnknownWeekday = 8;
+
+    int32_t target = 0;
+
+    Start prepare(const Call& call, bdta3_col*, bdta3_scalar* weekday) {
+        const nstr& name = reinterpret_cast<nstr&>(*weekday);
+        if (name.len >= kNameBytes) return refuse(call, EC_WEEKDAY_NAME_TOO_LONG);
+        char text[kNameBytes] = {};
+        if (name.len != 0) std::memcpy(text, name.nstr_ext, name.len);  // where short text stands too
+        target = qztime_convert_weekday(switches.charset_code, text);
+        return target == kUnknownWeekday ? refuse(call, EC_WEEKDAY_NAME_INVALID) : Start::rows();
+    }
+
+    static Start refuse(const Call& call, int32_t code) {
+        qzerr_stk_push(call.env, code, call.name);
+        return Start::stop(Code{code});
+    }
+
+    // 1 to 7 days: a date on the weekday itself moves on by a week.
+    Code row(Row out, const qztime& date, const Text&) const {
+        const int32_t weekday = weekday_of(adjusted_in_place(date));
+        const int32_t days = target - weekday + (weekday >= target ? 7 : 0);
+        return Code{qztime_add_by_fmt(&date, HOST_PART_DAY, days, &out.slot<qztime>())};
+    }
+};
+
+// The day is found before anything is stored: out may be the value itself.
+void set_last_day(qztime& out, const qztime& value) {
+    const int32_t end = qztime_month_end_day(value.year, value.month);
+    qztime_assign(&out, &value);
+    qztime_set_day(&out, end);
+}
+
+struct LastDay {
+    static constexpr Rules rules = kRules;
+    static constexpr bool total = true;
+    static void row(qztime& out, const qztime& date) { set_last_day(out, date); }
+};
+
+struct LastDayOfText {
+    static constexpr Rules rules = kFlagFirst;
+    static Code row(Row out, const Text& text) {
+        qztime date;
+        const Code code{qztime_from_char_ex(text.bytes, text.len, &date)};
+        if (code.failed()) return code;
+        if (code.value == RC_VALUE_IS_NULL) return out.set_null();
+        set_last_day(out.slot<qztime>(), date);
+        return kOk;
+    }
+};
+
+}  // namespace
+}  // namespace bifun
+
+using namespace bifun;
+
+BIFUN_EXPORT_2(badd_days_aa_date, AddDays, a, a)
+BIFUN_EXPORT_2(badd_days_av_date, AddDays, a, v)
+BIFUN_EXPORT_2(badd_days_va_date, AddDays, v, a)
+
+BIFUN_EXPORT_2(badd_weeks_aa_date, AddWeeks, a, a)
+BIFUN_EXPORT_2(badd_weeks_av_date, AddWeeks, a, v)
+BIFUN_EXPORT_2(badd_weeks_va_date, AddWeeks, v, a)
+
+BIFUN_EXPORT_2(badd_months_aa_date, AddMonths, a, a)
+BIFUN_EXPORT_2(badd_months_av_date, AddMonths, a, v)
+BIFUN_EXPORT_2(badd_months_va_date, AddMonths, v, a)
+
+BIFUN_EXPORT_2(bdate_add_ym_aa, AddIntervalYm, a, a)
+BIFUN_EXPORT_2(bdate_add_ym_av, AddIntervalYm, a, v)
+BIFUN_EXPORT_2(bdate_sub_ym_aa, SubIntervalYm, a, a)
+BIFUN_EXPORT_2(bdate_sub_ym_av, SubIntervalYm, a, v)
+BIFUN_EXPORT_2(bdate_add_dt_aa, AddIntervalDt, a, a)
+BIFUN_EXPORT_2(bdate_add_dt_av, AddIntervalDt, a, v)
+
+BIFUN_EXPORT_3(bdateadd_vaa_date, DateAdd, v, a, a)
+BIFUN_EXPORT_3(bdateadd_vav_date, DateAdd, v, a, v)
+BIFUN_EXPORT_3(bdateadd_vva_date, DateAdd, v, v, a)
+
+BIFUN_EXPORT_2(bnext_day_av_date, NextDay, a, v)
+
+BIFUN_EXPORT_1(blast_day_a_date, LastDay, a)
+BIFUN_EXPORT_1(blast_day_str_a_date, LastDayOfText, a)
+
+BIFUN_EXPORT int32_t ifun_parse_last_day(const qztime* value, qztime* out) {
+    set_last_day(*out, *value);
+    return 0;
+}

@@ -1,0 +1,199 @@
+// Distances between two dates: days, weeks, months, years, and completed units of any part.
+//
+// The functions count in different ways on purpose. days_between, weeks_between, months_between and years_between are first minus
+// second; datediff and bigdatediff count from first to second, so that their signs are the other way round. weeks_between and the
+// week of bigdatediff count Sundays; a month of months_between has 31 days whatever the month; years_between looks at nothing but the
+// year.
+#include "qzbifun/date_difference.h"
+
+#include "bop/bifun_date/weekday.h"
+#include "bop/frame/export.h"
+#include "qzhost/decimal.h"
+
+namespace bifun {
+namespace {
+
+constexpr Rules kRules{.constants = ConstantNull::kIgnored, .store = Store::kKeep};
+
+// ---- Days, weeks, months, years ---------------------------------------------------------------------------------------------
+
+// Sundays between two dates: Saturday and the next Sunday are a week apart, Sunday and the next Saturday are not. The days are counted
+// before a date in the gap is adjusted, the weekdays afterwards.
+int32_t weeks_between(const qztime& first, const qztime& second) {
+    const int32_t days = qztime_diff_day_without_glgl_adjust(&first, &second);  // within 24 million
+    if (days == 0) return 0;
+    const int32_t second_weekday = weekday_of(adjusted_in_place(second));
+    const int32_t first_weekday = weekday_of(adjusted_in_place(first));
+    return (second_weekday - first_weekday + days) / 7;
+}
+
+bool is_month_end(const qztime& date) { return date.day == qztime_month_end_day(date.year, date.month); }
+
+Code months_between(const qztime& first, const qztime& second, xdec* result) {
+    constexpr double kDaysOfAMonth = 31.0;
+    const int32_t months = (first.year - second.year) * 12 - second.month + first.month;  // within 790 thousand
+    if (first.day == second.day || (is_month_end(first) && is_month_end(second))) {
+        return Code{xdec_from_int64(result, months, XDEC_SCALE_NONE)};  // as the double below would come out
+    }
+    return Code{xdec_from_double(months + (first.day - second.day) / kDaysOfAMonth, result)};
+}
+
+struct DaysBetween {
+    static constexpr Rules rules = kRules;
+    static constexpr bool total = true;
+    static int32_t row(const qztime& first, const qztime& second) { return qztime_diff_day(&first, &second); }
+};
+
+struct WeeksBetween {
+    static constexpr Rules rules = kRules;
+    static int32_t row(const qztime& first, const qztime& second) { return weeks_between(first, second); }
+};
+
+struct MonthsBetween {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, const qztime& first, const qztime& second) {
+        return months_between(first, second, &out.slot<xdec>());
+    }
+};
+
+struct YearsBetween {
+    static constexpr Rules rules = kRules;
+    static constexpr bool total = true;
+    static int32_t row(const qztime& first, const qztime& second) { return qztime_get_year(&first) - qztime_get_year(&second); }
+};
+
+// ---- Completed units --------------------------------------------------------------------------------------------------------
+
+int64_t days(const qztime& first, const qztime& second) { return qztime_diff_day(&second, &first); }  // within 24 million
+
+int64_t hours(const qztime& first, const qztime& second) { return days(first, second) * 24 - first.hour + second.hour; }
+
+int64_t minutes(const qztime& first, const qztime& second) { return hours(first, second) * 60 - first.minute + second.minute; }
+
+int64_t seconds(const qztime& first, const qztime& second) {
+    return minutes(first, second) * 60 - first.second + second.second;  // within 2^42
+}
+
+// The fractions differ by units of so many nanoseconds, cut toward zero whatever the sign of the seconds.
+int64_t fractions(const qztime& first, const qztime& second, int64_t nanoseconds) {
+    const int64_t apart = int64_t{second.fraction} - int64_t{first.fraction};
+    return seconds(first, second) * (1'000'000'000 / nanoseconds) + apart / nanoseconds;  // within 2^62
+}
+
+int64_t years(const qztime& first, const qztime& second) { return second.year - first.year; }
+
+int64_t months(const qztime& first, const qztime& second) { return years(first, second) * 12 - first.month + second.month; }
+
+int64_t quarters(const qztime& first, const qztime& second) {
+    const bool borrows = second.month < first.month;
+    const int64_t year = second.year - borrows;
+    const int32_t month = second.month + (borrows ? 12 : 0);
+    return (year - first.year) * 4 - (first.month - 1) / 3 + (month - 1) / 3;
+}
+
+int64_t sundays(const qztime& first, const qztime& second) {
+    return (qztime_day_of_week(&first) - qztime_day_of_week(&second) - qztime_diff_day(&first, &second)) / 7;
+}
+
+// A raw count that the fields from field down show to be one too many, or one too few, becomes that of completed units.
+int64_t completed(int64_t count, const qztime& first, const qztime& second, int32_t field) {
+    const int32_t left = qztime_compare(&first, &second, field);
+    return count - ((count > 0) & (left < 0)) + ((count < 0) & (left > 0));
+}
+
+Code count_units(int32_t part, const qztime& first, const qztime& second, int64_t* result) {
+    switch (part) {
+        case HOST_PART_YEAR:
+            *result = completed(years(first, second), first, second, HOST_PART_MONTH);
+            return kOk;
+        case HOST_PART_QUARTER:
+            *result = completed(quarters(first, second), first, second, HOST_PART_DAY);
+            return kOk;
+        case HOST_PART_MONTH:
+            *result = completed(months(first, second), first, second, HOST_PART_DAY);
+            return kOk;
+        case HOST_PART_WEEK: {
+            const bool same_day = qztime_diff_day(&first, &second) == 0;
+            *result = same_day ? 0 : completed(sundays(first, second), first, second, HOST_PART_HOUR);
+            return kOk;
+        }
+        case HOST_PART_DAY:
+        case HOST_PART_DAY_OF_YEAR:
+        case HOST_PART_WEEKDAY:
+            *result = completed(days(first, second), first, second, HOST_PART_HOUR);
+            return kOk;
+        case HOST_PART_HOUR:
+            *result = completed(hours(first, second), first, second, HOST_PART_MINUTE);
+            return kOk;
+        case HOST_PART_MINUTE:
+            *result = completed(minutes(first, second), first, second, HOST_PART_SECOND);
+            return kOk;
+        case HOST_PART_SECOND:
+            *result = completed(seconds(first, second), first, second, HOST_PART_MILLISECOND);
+            return kOk;
+        case HOST_PART_MILLISECOND:
+            *result = fractions(first, second, 1'000'000);
+            return kOk;
+        case HOST_PART_MICROSECOND:
+            *result = fractions(first, second, 1000);
+            return kOk;
+        default:
+            return Code{EC_INVALID_ARGUMENT};
+    }
+}
+
+struct DateDiff {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, int32_t part, const qztime& first, const qztime& second) {
+        return Code{qztime_parse_datediff(part, &first, &second, &out.slot<int32_t>())};
+    }
+};
+
+struct BigDateDiff {
+    static constexpr Rules rules = kRules;
+    static Code row(Row out, int32_t part, const qztime& first, const qztime& second) {
+        return count_units(part, first, second, &out.slot<int64_t>());
+    }
+};
+
+}  // namespace
+}  // namespace bifun
+
+using namespace bifun;
+
+BIFUN_EXPORT_2(bdays_between_aa_date, DaysBetween, a, a)
+BIFUN_EXPORT_2(bdays_between_av_date, DaysBetween, a, v)
+BIFUN_EXPORT_2(bdays_between_va_date, DaysBetween, v, a)
+
+BIFUN_EXPORT_2(bweeks_between_aa_date, WeeksBetween, a, a)
+BIFUN_EXPORT_2(bweeks_between_av_date, WeeksBetween, a, v)
+BIFUN_EXPORT_2(bweeks_between_va_date, WeeksBetween, v, a)
+
+BIFUN_EXPORT_2(bmonths_between_aa_date, MonthsBetween, a, a)
+BIFUN_EXPORT_2(bmonths_between_av_date, MonthsBetween, a, v)
+BIFUN_EXPORT_2(bmonths_between_va_date, MonthsBetween, v, a)
+
+BIFUN_EXPORT_2(byears_between_aa_date, YearsBetween, a, a)
+BIFUN_EXPORT_2(byears_between_av_date, YearsBetween, a, v)
+BIFUN_EXPORT_2(byears_between_va_date, YearsBetween, v, a)
+
+BIFUN_EXPORT_3(bdatediff_vaa_date, DateDiff, v, a, a)
+BIFUN_EXPORT_3(bdatediff_vav_date, DateDiff, v, a, v)
+BIFUN_EXPORT_3(bdatediff_vva_date, DateDiff, v, v, a)
+
+BIFUN_EXPORT_3(bbigdatediff_vaa_date, BigDateDiff, v, a, a)
+BIFUN_EXPORT_3(bbigdatediff_vav_date, BigDateDiff, v, a, v)
+BIFUN_EXPORT_3(bbigdatediff_vva_date, BigDateDiff, v, v, a)
+
+BIFUN_EXPORT int32_t ifun_parse_weeks_between(qztime* first, qztime* second, int32_t* result) {
+    *result = weeks_between(*first, *second);
+    return 0;
+}
+
+BIFUN_EXPORT int32_t ifun_parse_months_between(const qztime* first, const qztime* second, xdec* result) {
+    return months_between(*first, *second, result).value;
+}
+
+BIFUN_EXPORT int32_t ifun_parse_bigdatediff(int32_t part, const qztime* first, const qztime* second, int64_t* result) {
+    return count_units(part, *first, *second, result).value;
+}

@@ -1,0 +1,193 @@
+#include "qzhost/characters.h"
+
+#include <climits>
+#include <cstring>
+
+#include "host/src/character_walk.h"
+
+using namespace qzhost;
+
+// ---- Counting ------------------------------------------------------------------------------------------------------------------
+
+uint32_t qz_mbstrlen_ex(const char* text, uint32_t len) {
+    return with_server_charset(
+        [&]<class Set>(Set) { return static_cast<uint32_t>(count_characters<Set>(bytes_of(text), len)); });
+}
+
+namespace {
+
+// Positions fit a signed 32-bit number: nobody has an array with room for a text of 2^31 bytes.
+int32_t position_of(size_t index) { return static_cast<int32_t>(index + 1); }
+
+template <class Set>
+uint32_t fill_positions_by_step(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+    uint32_t count = 0;
+    multibyte = 0;
+    for (size_t i = 0; i < len;) {
+        const size_t end = i + ascii_run(p + i, len - i);
+        while (i < end) positions[count++] = position_of(i++);
+        for (; i < len && !is_ascii(p[i]); ++count) {
+            const size_t length = step<Set>(p + i, len - i);
+            positions[count] = position_of(i);
+            multibyte += length > 1;
+            i += length;
+        }
+    }
+    return count;
+}
+
+#ifdef QZHOST_VECTOR_BYTES
+
+// Text of which each byte but the continuations starts a character.
+uint32_t fill_positions_of_well_formed(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+    uint32_t count = 0;
+    multibyte = 0;
+    for (size_t i = 0; i < len; i += kBlock) {
+        const size_t left = len - i;
+        const __m128i block = left >= kBlock ? load_block(p + i) : load_below_16(p + i, left);
+        const uint32_t inside = left >= kBlock ? 0xFFFF : (1u << left) - 1;
+        const uint32_t others = bits_of(block);
+        const uint32_t continuations = others == 0 ? 0 : bits_of(Utf8Blocks::continuations(block));
+        if (continuations == 0 && left >= kBlock) {
+            for (size_t k = 0; k < kBlock; ++k) positions[count + k] = position_of(i + k);
+            count += kBlock;
+        } else {
+            for (uint32_t starts = inside & ~continuations; starts != 0; starts &= starts - 1) {
+                positions[count++] = position_of(i + static_cast<size_t>(std::countr_zero(starts)));
+            }
+        }
+        multibyte += static_cast<uint32_t>(std::popcount(others & ~continuations));
+    }
+    return count;
+}
+
+#endif
+
+template <class Set>
+uint32_t fill_positions(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+    uint32_t count = 0;
+#ifdef QZHOST_VECTOR_BYTES
+    if (std::is_same_v<Set, Utf8> && count_utf8(p, len).well_formed) {
+        count = fill_positions_of_well_formed(p, len, positions, multibyte);
+    } else {
+        count = fill_positions_by_step<Set>(p, len, positions, multibyte);
+    }
+#else
+    count = fill_positions_by_step<Set>(p, len, positions, multibyte);
+#endif
+    if (count < len) positions[count] = INT32_MAX;
+    return count;
+}
+
+}  // namespace
+
+uint32_t qz_mbstrlen_cposition_ex(const char* text, uint32_t len, int32_t* char_positions, uint32_t* out_mb_count) {
+    return with_server_charset(
+        [&]<class Set>(Set) { return fill_positions<Set>(bytes_of(text), len, char_positions, *out_mb_count); });
+}
+
+uint32_t qz_mbstrlen_end(const char* text, uint32_t len, uint32_t* out_tail) {
+    return with_server_charset([&]<class Set>(Set) {
+        const size_t tail = cut_off_bytes<Set>(bytes_of(text), len);
+        *out_tail = static_cast<uint32_t>(tail);
+        return static_cast<uint32_t>(count_characters<Set>(bytes_of(text), len - tail));
+    });
+}
+
+namespace {
+
+template <class Set>
+bool has_multibyte(const uint8_t* p, size_t n) {
+    for (size_t i = ascii_run(p, n); i < n; i += 1 + ascii_run(p + i + 1, n - i - 1)) {
+        if (Set::sequence(p + i, n - i) > 1) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+int32_t qz_translate_from_str_has_mb(const char* text, uint32_t len) {
+    return with_server_charset([&]<class Set>(Set) { return has_multibyte<Set>(bytes_of(text), len); });
+}
+
+// ---- Moving --------------------------------------------------------------------------------------------------------------------
+
+const char* qz_mbsinc_ex(const char* text, uint32_t len) {
+    if (len == 0) return nullptr;
+    return with_server_charset([&]<class Set>(Set) -> const char* {
+        const size_t length = step<Set>(bytes_of(text), len);
+        return length < len ? text + length : nullptr;
+    });
+}
+
+const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
+    return with_server_charset([&]<class Set>(Set) -> const char* {
+        const auto [passed, checked] = pass_characters<Set>(bytes_of(text), len, n);
+        const bool sound = is_well_formed<Set>(bytes_of(text) + checked, passed - checked);
+        *out_rest = sound ? len - static_cast<uint32_t>(passed) : 0;
+        return sound ? text + passed : nullptr;
+    });
+}
+
+const char* qz_mbsninc_count_ex(const char* text, uint32_t len, uint32_t n, uint32_t m, uint32_t* out_bytes) {
+    return with_server_charset([&]<class Set>(Set) {
+        const size_t passed = pass_characters<Set>(bytes_of(text), len, n).bytes;
+        *out_bytes = static_cast<uint32_t>(pass_characters<Set>(bytes_of(text) + passed, len - passed, m).bytes);
+        return text + passed;
+    });
+}
+
+// ---- Measuring -----------------------------------------------------------------------------------------------------------------
+
+uint32_t qz_mbget_bytelen(const char* text, uint32_t len, uint32_t n) {
+    return with_server_charset(
+        [&]<class Set>(Set) { return static_cast<uint32_t>(pass_characters<Set>(bytes_of(text), len, n).bytes); });
+}
+
+uint32_t qz_mbget_byte_offset(const char* text, uint32_t len, uint32_t n) {
+    // The text has a character number n exactly when passing n leaves bytes.
+    const uint32_t passed = qz_mbget_bytelen(text, len, n);
+    return passed < len ? passed : QZ_MB_NONE;
+}
+
+void qz_mbget_valid_chars(const char* text, uint32_t len, uint32_t* out_chars, uint32_t* in_out_bytes) {
+    with_server_charset([&]<class Set>(Set) {
+        const uint8_t* p = bytes_of(text);
+        const size_t whole = len - cut_off_bytes<Set>(p, len);
+        size_t end = std::min<size_t>(*in_out_bytes, whole);
+        if (end < whole) end = start_of_character<Set>(p, whole, end, 0);
+        *out_chars = static_cast<uint32_t>(count_characters<Set>(p, end));
+        *in_out_bytes = static_cast<uint32_t>(end);
+    });
+}
+
+uint32_t qz_mb_char_get_len(const char* text) {
+    return with_server_charset([&]<class Set>(Set) { return Set::length_by_lead(bytes_of(text)); });
+}
+
+uint32_t qz_mb_char_get_len_ex(const char* text, uint32_t bytes_left) {
+    if (bytes_left == 0) return QZ_MB_NONE;
+    return with_server_charset([&]<class Set>(Set) {
+        const int32_t length = Set::sequence(bytes_of(text), bytes_left);
+        if (length == kCutOff) return QZ_MB_NONE;
+        return length == kMalformed ? 1u : static_cast<uint32_t>(length);
+    });
+}
+
+int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* out_next) {
+    return with_server_charset([&]<class Set>(Set) -> int32_t {
+        const uint8_t* p = bytes_of(text);
+        if (index >= len) {
+            *out_next = len;
+            return 0;
+        }
+        const size_t start = start_of_character<Set>(p, len, index, 0);
+        if (start == index) return 1;
+        *out_next = static_cast<uint32_t>(start + step<Set>(p + start, len - start));
+        return 0;
+    });
+}
+
+// ---- Comparing -----------------------------------------------------------------------------------------------------------------
+
+int32_t qz_mbsncmp_f(const char* left, const char* right, uint32_t n) { return n == 0 ? 0 : std::memcmp(left, right, n); }

@@ -1,0 +1,349 @@
+// Text of double-precision numbers.
+//
+// A double is m * 2^q. Every number between the two midpoints to its neighbours reads back as it (the midpoints themselves when
+// m is even). The shortest text in that interval is found with three multiplications by one 128-bit power of ten: they scale the
+// lower midpoint, the number and the upper midpoint to where a step of one is a decimal digit, in quarters, with the lowest bit
+// telling that something was cut off ("round to odd"). That keeps every comparison exact. The method is Schubfach, by Raffaello
+// Giulietti.
+#include "qzhost/number_text.h"
+
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstddef>
+#include <cstring>
+#include <limits>
+#include <system_error>
+
+#include "host/src/decimal_digits.h"
+#include "host/src/powers_of_ten.h"
+#include "host/src/shortest_decimal.h"
+#include "qzbifun/codes.h"
+
+namespace qzhost {
+namespace {
+
+// ---- Double to text ----------------------------------------------------------------------------------------------------------
+
+constexpr int kMantissaBits = 52;
+constexpr int kMaxBinaryExponent = 1023;
+constexpr int kExponentBias = kMaxBinaryExponent + kMantissaBits;
+constexpr uint64_t kMantissaMask = (uint64_t{1} << kMantissaBits) - 1;
+constexpr uint64_t kExponentMask = 0x7FF;
+
+constexpr int kLowestFixedExponent = -4;  // of the first significant digit; the texts of most languages change over here
+constexpr int kHighestFixedExponent = 15;
+
+using Decimal = ShortestDecimal;
+
+constexpr int floor_log2_of_power_of_ten(int e) { return (e * 1741647) >> 19; }  // exact for |e| <= 1233
+
+// The upper 64 bits of g * x, whose lowest bit is also set when anything but zero stood behind them.
+uint64_t multiply_to_odd(const Significand& g, uint64_t x) {
+    const Uint128 lower = Uint128{g.low} * x;
+    const Uint128 upper = Uint128{g.high} * x + static_cast<uint64_t>(lower >> 64);  // below 2^128: g.high * x <= (2^64 - 1)^2
+    return static_cast<uint64_t>(upper >> 64) | (static_cast<uint64_t>(upper) > 1 ? 1 : 0);
+}
+
+}  // namespace
+
+Decimal shortest_decimal(uint64_t mantissa, int exponent) {
+    const bool narrow_below = mantissa == 0 && exponent > 1;  // a power of two: the lower neighbour is half as far as the upper
+    const uint64_t m = exponent == 0 ? mantissa : mantissa | uint64_t{1} << kMantissaBits;
+    const int q = std::max(exponent, 1) - kExponentBias;
+    if (q <= 0 && q > -(kMantissaBits + 1) && (m & ((uint64_t{1} << -q) - 1)) == 0) {
+        return {m >> -q, 0};
+    }
+    const uint64_t outside = m & 1;  // an odd number does not own its midpoints
+    // floor(log10(2^q)), or of three quarters of that; exact over the range of q
+    const int k = (q * 1262611 - (narrow_below ? 524031 : 0)) >> 22;
+    const int h = q + floor_log2_of_power_of_ten(-k) + 1;  // 1 to 4
+    const Significand& g = significand_of_power_of_ten(-k);
+    const uint64_t lower = multiply_to_odd(g, (4 * m - (narrow_below ? 1 : 2)) << h) + outside;  // all three below 2^60
+    const uint64_t scaled = multiply_to_odd(g, (4 * m) << h);
+    const uint64_t upper = multiply_to_odd(g, (4 * m + 2) << h) - outside;
+
+    const uint64_t s = scaled / 4;
+    if (s >= 10) {  // one digit less is shorter, and all such texts are equally long: at most one of two can lie inside
+        const uint64_t tens = s / 10;
+        const bool below_inside = lower <= 40 * tens, above_inside = 40 * tens + 40 <= upper;
+        if (below_inside != above_inside) {
+            return {tens + (above_inside ? 1 : 0), k + 1};
+        }
+    }
+    const bool below_inside = lower <= 4 * s, above_inside = 4 * s + 4 <= upper;
+    if (below_inside != above_inside) {
+        return {s + (above_inside ? 1 : 0), k};
+    }
+    const uint64_t middle = 4 * s + 2;
+    const bool up = scaled > middle || (scaled == middle && (s & 1) != 0);
+    return {s + (up ? 1 : 0), k};
+}
+
+namespace {
+
+char* write_exponent(char* out, int exponent) {
+    *out++ = 'E';
+    *out++ = exponent < 0 ? '-' : '+';
+    const int magnitude = exponent < 0 ? -exponent : exponent;  // at most 324
+    const int digits = magnitude >= 100 ? 3 : 2;
+    write_digits(out, static_cast<uint64_t>(magnitude), digits);
+    return out + digits;
+}
+
+// The digits of a number as 17 bytes from 0 to 9, from its first one on, with zeros behind its last: one, and 16 in two words.
+struct DigitBytes {
+    uint8_t first;
+    uint64_t upper;
+    uint64_t lower;
+    int count;  // up to the last that is not 0
+
+    explicit DigitBytes(uint64_t digits, int digit_count);
+
+    Uint128 rest() const { return Uint128{lower} << 64 | upper; }
+};
+
+constexpr int kMaxDigits = 17;
+constexpr uint64_t kTenToThe8 = 100'000'000;
+constexpr uint64_t kTenToThe16 = kTenToThe8 * kTenToThe8;
+
+DigitBytes::DigitBytes(uint64_t digits, int digit_count) {
+    const uint64_t aligned = digits * kPowersOfTen[static_cast<size_t>(kMaxDigits - digit_count)];  // below 10^17
+    const uint64_t behind_first = aligned % kTenToThe16;
+    first = static_cast<uint8_t>(aligned / kTenToThe16);
+    upper = eight_digits(static_cast<uint32_t>(behind_first / kTenToThe8));
+    lower = eight_digits(static_cast<uint32_t>(behind_first % kTenToThe8));
+    const int zeros = lower != 0 ? std::countl_zero(lower) / 8 : upper != 0 ? 8 + std::countl_zero(upper) / 8 : 16;
+    count = kMaxDigits - zeros;
+}
+
+// Writes 16 digits; the caller counts the ones that are wanted.
+void write_16_digits(char* out, Uint128 digits) {
+    const uint64_t text[2] = {static_cast<uint64_t>(digits) | kEightZeros, static_cast<uint64_t>(digits >> 64) | kEightZeros};
+    std::memcpy(out, text, sizeof text);
+}
+
+// Writes digits * 10^exponent and answers the end. Every part is written in full width and cut by what is written behind it, so
+// that nothing depends on how many digits there are.
+char* write_decimal(char* out, Decimal decimal) {
+    const int digit_count = count_digits(decimal.digits);  // at most 17
+    const int exponent = decimal.exponent + digit_count - 1;
+    const DigitBytes digits(decimal.digits, digit_count);
+    const char first = static_cast<char>('0' + digits.first);
+
+    if (exponent < kLowestFixedExponent || exponent > kHighestFixedExponent) {
+        out[0] = first;
+        out[1] = '.';
+        write_16_digits(out + 2, digits.rest());
+        return write_exponent(out + (digits.count > 1 ? digits.count + 1 : 1), exponent);
+    }
+    if (exponent < 0) {
+        std::memcpy(out, "0.000", 5);
+        out += 1 - exponent;
+        out[0] = first;
+        write_16_digits(out + 1, digits.rest());
+        return out + digits.count;
+    }
+    out[0] = first;
+    write_16_digits(out + 1, digits.rest());
+    const int integer_digits = exponent + 1;  // 1 to 16
+    if (digits.count <= integer_digits) {
+        return out + integer_digits;
+    }
+    out[integer_digits] = '.';
+    write_16_digits(out + integer_digits + 1, digits.rest() >> 8 * exponent);
+    return out + digits.count + 1;
+}
+
+char* write_word(char* out, const char* word) { return std::copy(word, word + std::strlen(word), out); }
+
+char* write_double(char* out, double value) {
+    const auto bits = std::bit_cast<uint64_t>(value);
+    const uint64_t mantissa = bits & kMantissaMask;
+    const uint64_t exponent = bits >> kMantissaBits & kExponentMask;
+    if (exponent == kExponentMask && mantissa != 0) {
+        return write_word(out, "NaN");
+    }
+    if (bits >> 63 != 0) {
+        *out++ = '-';
+    }
+    if (exponent == kExponentMask) {
+        return write_word(out, "Infinity");
+    }
+    if ((exponent | mantissa) == 0) {
+        *out = '0';
+        return out + 1;
+    }
+    return write_decimal(out, shortest_decimal(mantissa, static_cast<int>(exponent)));
+}
+
+// ---- Text to double ----------------------------------------------------------------------------------------------------------
+
+constexpr int kMaxExactDigits = 19;                // digits that surely fit 64 bits
+constexpr uint64_t kMaxExactInteger = 1ull << 53;  // every integer up to here is a double
+constexpr double kExactPowers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,  1e10, 1e11,
+                                   1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+constexpr int64_t kMaxExactPower = 22;
+constexpr int64_t kExponentCeiling = 1'000'000'000'000;  // an exponent beyond stays here: it outweighs any count of digits
+
+bool is_digit(char c) { return static_cast<unsigned char>(c - '0') < 10; }
+
+// A number's text, taken apart. digits holds the first kMaxExactDigits significant digits.
+struct NumberText {
+    const char* begin;  // the first byte behind the sign
+    const char* end;
+    uint64_t digits = 0;
+    int64_t digit_count = 0;  // significant digits in all
+    int64_t exponent = 0;     // power of ten of the last of all digits
+    bool negative = false;
+};
+
+// Takes up the digits from p on and answers where they end.
+const char* scan_digits(const char* p, const char* end, NumberText& number) {
+    if (number.digit_count == 0) {
+        while (p != end && *p == '0') {
+            ++p;
+        }
+    }
+    for (uint64_t text = 0; end - p >= 8 && number.digit_count + 8 <= kMaxExactDigits; p += 8) {
+        std::memcpy(&text, p, sizeof text);
+        if (!are_8_digits(text)) {
+            break;
+        }
+        number.digits = number.digits * kTenToThe8 + read_8_digits(text);
+        number.digit_count += 8;
+    }
+    for (; p != end && is_digit(*p); ++p) {
+        if (number.digit_count < kMaxExactDigits) {
+            number.digits = number.digits * 10 + static_cast<uint64_t>(*p - '0');  // below 10^19
+        }
+        ++number.digit_count;
+    }
+    return p;
+}
+
+// Reads the exponent behind an E; false when there is none.
+bool scan_exponent(const char* p, const char* end, NumberText& number) {
+    bool negative = false;
+    if (p != end && (*p == '+' || *p == '-')) {
+        negative = *p++ == '-';
+    }
+    if (p == end || !is_digit(*p)) {
+        return false;
+    }
+    int64_t exponent = 0;
+    for (; p != end && is_digit(*p); ++p) {
+        exponent = std::min(exponent * 10 + (*p - '0'), kExponentCeiling);
+    }
+    number.exponent += negative ? -exponent : exponent;
+    number.end = p;
+    return true;
+}
+
+bool scan_number(const char* p, const char* end, NumberText& number) {
+    if (p != end && (*p == '+' || *p == '-')) {
+        number.negative = *p++ == '-';
+    }
+    number.begin = p;
+    p = scan_digits(p, end, number);
+    std::ptrdiff_t written = p - number.begin;
+    if (p != end && *p == '.') {
+        const char* const fraction = p + 1;
+        p = scan_digits(fraction, end, number);
+        number.exponent = fraction - p;
+        written += p - fraction;
+    }
+    number.end = p;
+    if (written == 0) {
+        return false;
+    }
+    if (p != end && (*p == 'E' || *p == 'e')) {
+        return scan_exponent(p + 1, end, number);
+    }
+    return true;
+}
+
+// The double nearest to digits * 10^exponent by one or two multiplications with a 128-bit power of ten. The method is that of
+// Michael Eisel and Daniel Lemire; within these exponents its product is always exact enough, the result is never subnormal nor
+// too large, and a tie is only possible where the power itself is exact.
+constexpr int64_t kLowestProductExponent = -27;
+constexpr int64_t kHighestProductExponent = 55;
+constexpr uint64_t kRoundingBits = 0x1FF;  // of the product's upper word: what is cut off behind a mantissa and a rounding bit
+
+double nearest_by_product(uint64_t digits, int exponent) {
+    const int zeros = std::countl_zero(digits);
+    digits <<= zeros;
+    const Significand& power = significand_of_power_of_ten(exponent);
+    Uint128 product = Uint128{digits} * power.high;
+    if ((static_cast<uint64_t>(product >> 64) & kRoundingBits) == kRoundingBits) {
+        product += static_cast<uint64_t>(Uint128{digits} * power.low >> 64);  // below 2^128: the factors' upper words are
+    }
+    const auto upper = static_cast<uint64_t>(product >> 64), lower = static_cast<uint64_t>(product);
+    const int top_bit = static_cast<int>(upper >> 63);
+    const int shift = top_bit + 64 - kMantissaBits - 3;
+    uint64_t mantissa = upper >> shift;  // 54 bits: one more than a double has
+    const bool tie = lower <= 1 && exponent >= -4 && exponent <= 23 && (mantissa & 3) == 1 && mantissa << shift == upper;
+    if (tie) {
+        mantissa &= ~uint64_t{1};  // to the even one
+    }
+    mantissa = (mantissa + (mantissa & 1)) >> 1;  // at most 2^53, which the addition below carries into the exponent
+    // Of the leading bit: 10^exponent has floor_log2_of_power_of_ten(exponent), the digits 63 - zeros.
+    const int binary_exponent = floor_log2_of_power_of_ten(exponent) + 63 - zeros + top_bit;
+    const uint64_t bits = (static_cast<uint64_t>(binary_exponent + kMaxBinaryExponent - 1) << kMantissaBits) + mantissa;
+    return std::bit_cast<double>(bits);
+}
+
+// The magnitude of a scanned number; an infinity when it is too large for a double.
+double magnitude_of(const NumberText& number) {
+    if (number.digit_count == 0) {
+        return 0.0;
+    }
+    if (number.digit_count <= kMaxExactDigits) {
+        // Both operands are exact, so that the one rounding of the operation is the right one.
+        if (number.digits <= kMaxExactInteger && number.exponent <= 0 && number.exponent >= -kMaxExactPower) {
+            return static_cast<double>(number.digits) / kExactPowers[-number.exponent];
+        }
+        if (number.exponent >= kLowestProductExponent && number.exponent <= kHighestProductExponent) {
+            return nearest_by_product(number.digits, static_cast<int>(number.exponent));
+        }
+    }
+    double value = 0.0;
+    const std::from_chars_result result = std::from_chars(number.begin, number.end, value);
+    if (result.ec == std::errc::result_out_of_range) {
+        return number.digit_count + number.exponent > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    }
+    return value;
+}
+
+}  // namespace
+}  // namespace qzhost
+
+int32_t qz_dou2char(double value, int32_t, char* buffer) {
+    char* const end = qzhost::write_double(buffer, value);
+    *end = '\0';
+    return static_cast<int32_t>(end - buffer);
+}
+
+int32_t utl_digit_from_char(const char* text, uint32_t length, double* value, int32_t) {
+    using namespace qzhost;
+    const char* p = text;
+    const char* end = text + length;
+    while (p != end && *p == ' ') {
+        ++p;
+    }
+    NumberText number{};
+    if (!scan_number(p, end, number)) {
+        return EC_INVALID_ARGUMENT;
+    }
+    for (p = number.end; p != end && *p != '\0'; ++p) {
+        if (*p != ' ') {
+            return EC_INVALID_ARGUMENT;
+        }
+    }
+    const double magnitude = magnitude_of(number);
+    if (magnitude > std::numeric_limits<double>::max()) {
+        return EC_DATA_OVERFLOW;
+    }
+    *value = number.negative ? -magnitude : magnitude;
+    return 0;
+}

@@ -1,0 +1,170 @@
+// Dates moved by an amount, all forms, against the standard library's calendar.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <string>
+
+#include "qzbifun/qzbifun.h"
+#include "qzhost/calendar.h"
+#include "tests/bop/bifun_date/gregorian_oracle.h"
+#include "tests/support/differential.h"
+#include "tests/support/vector.h"
+
+namespace {
+
+using namespace std::chrono;
+using support::Answer;
+using support::Differential;
+using support::Random;
+using support::Rules;
+
+// What all functions of the family have in common.
+template <class R, class... A>
+Differential<R, A...> family() {
+    Differential<R, A...> functions;
+    functions.rules.valid = Rules::Valid::kept;
+    functions.rules.constants = Rules::Constants::ignored;
+    functions.rules.flag_reads_constants = false;
+    return functions;
+}
+
+int32_t below(Random& random, int32_t bound) {
+    return static_cast<int32_t>(random.below(2 * static_cast<uint32_t>(bound))) - bound;
+}
+
+// Years to months, days kept or the last of the month.
+qztime add_months(const qztime& value, int32_t count, bool last_stays) {
+    const year_month_day date = gregorian::date_of(value);
+    const year_month month = year_month{date.year(), date.month()} + months{count};
+    const auto last = [](year_month m) { return (m / std::chrono::last).day(); };
+    const bool is_last = date.day() == last(year_month{date.year(), date.month()});
+    const bool to_last = (last_stays && is_last) || date.day() > last(month);
+    return gregorian::on(value, month / (to_last ? last(month) : date.day()));
+}
+
+TEST(DateArithmetic, DaysAndWeeks) {
+    auto add_days = family<qztime, qztime, double>();
+    add_days.draw<0>(gregorian::random_value);
+    add_days.draw<1>([](Random& random) { return double{1} * below(random, 5000); });
+    add_days.add("aa", "badd_days_aa_date", badd_days_aa_date);
+    add_days.add("av", "badd_days_av_date", badd_days_av_date);
+    add_days.add("va", "badd_days_va_date", badd_days_va_date);
+    EXPECT_EQ(add_days.run([](const qztime& date, double count) {
+        return gregorian::on(date, gregorian::days_of(date) + days{static_cast<int32_t>(count)});
+    }),
+              "");
+    auto add_weeks = family<qztime, qztime, int32_t>();
+    add_weeks.draw<0>(gregorian::random_value);
+    add_weeks.draw<1>([](Random& random) { return below(random, 800); });
+    add_weeks.add("aa", "badd_weeks_aa_date", badd_weeks_aa_date);
+    add_weeks.add("av", "badd_weeks_av_date", badd_weeks_av_date);
+    add_weeks.add("va", "badd_weeks_va_date", badd_weeks_va_date);
+    EXPECT_EQ(add_weeks.run([](const qztime& date, int32_t count) {
+        return gregorian::on(date, gregorian::days_of(date) + weeks{count});
+    }),
+              "");
+}
+
+TEST(DateArithmetic, MonthsAndTheirEnds) {
+    auto months_added = family<qztime, qztime, int32_t>();
+    months_added.draw<0>(gregorian::random_value);
+    months_added.draw<1>([](Random& random) { return below(random, 180); });
+    months_added.add("aa", "badd_months_aa_date", badd_months_aa_date);
+    months_added.add("av", "badd_months_av_date", badd_months_av_date);
+    months_added.add("va", "badd_months_va_date", badd_months_va_date);
+    EXPECT_EQ(months_added.run([](const qztime& date, int32_t count) { return add_months(date, count, true); }), "");
+    auto end = family<qztime, qztime>();
+    end.draw<0>(gregorian::random_value);
+    end.add("a", "blast_day_a_date", blast_day_a_date);
+    EXPECT_EQ(end.run([](const qztime& date) {
+        const year_month_day day = gregorian::date_of(date);
+        return gregorian::on(date, day.year() / day.month() / std::chrono::last);
+    }),
+              "");
+}
+
+TEST(DateArithmetic, PartsByTheirCodes) {
+    auto dateadd = family<qztime, int32_t, int64_t, qztime>();
+    dateadd.draw<0>([](Random& random) { return std::array<int32_t, 7>{1, 2, 3, 8, 9, 10, 11}[random.below(7)]; });
+    dateadd.draw<1>([](Random& random) { return int64_t{below(random, 15)}; });
+    dateadd.draw<2>(gregorian::random_value);
+    dateadd.add("vva", "bdateadd_vva_date", bdateadd_vva_date);
+    dateadd.add("vav", "bdateadd_vav_date", bdateadd_vav_date);
+    dateadd.add("vaa", "bdateadd_vaa_date", bdateadd_vaa_date);
+    EXPECT_EQ(dateadd.run([](int32_t part, int64_t wide_count, const qztime& date) {
+        const auto count = static_cast<int32_t>(wide_count);
+        if (part == 1) return add_months(date, 12 * count, false);
+        if (part == 2) return add_months(date, count, false);
+        if (part == 8) return add_months(date, 3 * count, false);
+        return gregorian::on(date, gregorian::days_of(date) + days{part == 10 ? 7 * count : count});
+    }),
+              "");
+}
+
+TEST(DateArithmetic, NextDayWalksToTheWeekday) {
+    static constexpr std::array<const char*, 7> kNames = {"sunday", "MON", "Tuesday", "wed", "Thursday", "FRIDAY", "sat"};
+    auto next_day = family<qztime, qztime, support::Text>();
+    next_day.draw<0>(gregorian::random_value);
+    next_day.draw<1>([](Random& random) { return support::Text{kNames[random.below(7)], random.below(3)}; });
+    next_day.add("av", "bnext_day_av_date", bnext_day_av_date);
+    EXPECT_EQ(next_day.run([](const qztime& date, const support::Text& name) {
+        unsigned wanted = 0;
+        while (name.bytes != kNames[wanted]) ++wanted;
+        sys_days day = gregorian::days_of(date) + days{1};
+        while (weekday{day}.c_encoding() != wanted) day += days{1};
+        return gregorian::on(date, day);
+    }),
+              "");
+}
+
+// Each day of the months around the cut-over, whose weekdays follow one another.
+TEST(DateArithmetic, NextDayAcrossTheGap) {
+    support::Host host;
+    support::Vector in = support::Vector::of<qztime>(host, {qztime{}});
+    support::Vector out = support::Vector::result<qztime>(host, 1);
+    support::Constant friday = support::Constant::of<support::Text>(support::Text{"Friday", 0});
+    qztime day{1582, 9, 28, 8, 30, 0, 5, 60};  // a Friday
+    for (int i = 0; i < 60; ++i) {
+        qztime expected = day;
+        ASSERT_EQ(host_add_days(&day, 7 - i % 7, &expected), 0);
+        in.set(0, support::to_cell(day), 1);
+        ASSERT_EQ(bnext_day_av_date(host.env(), host.mem(), in.col(), friday.scalar(), out.col(), 1), 0);
+        ASSERT_EQ(out.cell(0).bytes, support::to_cell(expected).bytes) << day.month << "-" << day.day;
+        ASSERT_EQ(host_add_days(&day, 1, &day), 0);
+    }
+    EXPECT_EQ(day.month, 12);  // 60 days later the gap lies behind
+    EXPECT_EQ(day.day, 7);
+}
+
+TEST(DateArithmetic, NextDayAdjustsADateInTheGapWhereItStands) {
+    support::Host host;
+    support::Vector in =
+        support::Vector::of<qztime>(host, {qztime{1582, 10, 5, 1, 2, 3, 4, 60}, qztime{1582, 10, 4, 1, 2, 3, 4, 60}});
+    support::Vector out = support::Vector::result<qztime>(host, 2);
+    support::Constant name = support::Constant::of<support::Text>(support::Text{"saturday", 0});
+    ASSERT_EQ(bnext_day_av_date(host.env(), host.mem(), in.col(), name.scalar(), out.col(), 2), 0);
+    EXPECT_EQ(in.get<qztime>(0).day, 15);
+    EXPECT_EQ(in.get<qztime>(0).hour, 1);
+    EXPECT_EQ(in.get<qztime>(1).day, 4);
+    EXPECT_EQ(out.get<qztime>(0).day, 16);
+    EXPECT_EQ(out.get<qztime>(1).day, 16);
+}
+
+TEST(LastDay, OfEveryMonthOfTheCalendar) {
+    static constexpr std::array<uint8_t, 12> kDays = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+    for (int year = HOST_YEAR_MIN; year <= HOST_YEAR_MAX; ++year) {
+        const bool leap = year % 4 == 0 && (year <= 1582 || year % 100 != 0 || year % 400 == 0);
+        for (unsigned month = 1; month <= 12; ++month) {
+            qztime value{static_cast<int16_t>(year), static_cast<uint8_t>(month), 1, 23, 59, 58, 7, -60};
+            qztime end{};
+            ASSERT_EQ(ifun_parse_last_day(&value, &end), 0);
+            value.day = static_cast<uint8_t>(kDays[month - 1] + (month == 2 && leap ? 1 : 0));
+            ASSERT_EQ(support::to_cell(end).bytes, support::to_cell(value).bytes) << year << "-" << month;
+            ASSERT_EQ(ifun_parse_last_day(&end, &end), 0);  // in place
+            ASSERT_EQ(support::to_cell(end).bytes, support::to_cell(value).bytes);
+        }
+    }
+}
+
+}  // namespace

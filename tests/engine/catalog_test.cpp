@@ -1,0 +1,148 @@
+// The catalog: every entry answers its examples, and its forms are what the exports say.
+#include "engine/catalog/catalog.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "engine/evaluator.h"
+#include "engine/parser.h"
+#include "engine/plan.h"
+#include "engine/value_text.h"
+#include "qzbifun/math.h"
+#include "tests/engine/support.h"
+
+namespace qzengine {
+namespace {
+
+// The exports that a plan calls, folded ones included: folding is told only in the reason, so the expression is planned with its
+// constants in columns.
+TEST(Catalog, EveryEntryHasTwoExamplesWhoseResultsAreAsTold) {
+    for (const Function& function : builtin_catalog().functions()) {
+        EXPECT_GE(function.examples.size(), 2u) << signature(function);
+        for (const Example& example : function.examples) {
+            EXPECT_EQ(evaluate_text(example.expression), example.result) << signature(function) << ": " << example.expression;
+        }
+    }
+}
+
+TEST(Catalog, EveryEntryHasHelpOfOneLine) {
+    for (const Function& function : builtin_catalog().functions()) {
+        EXPECT_FALSE(std::string_view(function.help).empty()) << signature(function);
+        EXPECT_EQ(std::string_view(function.help).find('\n'), std::string_view::npos) << signature(function);
+        EXPECT_EQ(std::string(function.name), lower_letters(function.name));
+    }
+}
+
+TEST(Catalog, NoTwoEntriesHaveOneSignatureAndNoTwoFormsOneSetOfLetters) {
+    std::set<std::string> signatures;
+    for (const Function& function : builtin_catalog().functions()) {
+        std::string types = std::string(function.name) + "(";
+        for (const Parameter& parameter : function.parameters) {
+            types += std::string(type_name(parameter.type)) + ",";
+            for (const Keyword& keyword : parameter.keywords) types += std::string(keyword.word) + ",";
+        }
+        EXPECT_TRUE(signatures.insert(types).second) << types;
+        std::set<std::string> letters;
+        for (const Form& form : function.forms) EXPECT_TRUE(letters.insert(form.letters()).second) << form.symbol();
+    }
+}
+
+TEST(Catalog, NamesAreFoundInAnyCaseOfLetters) {
+    EXPECT_EQ(builtin_catalog().overloads("ABS").size(), builtin_catalog().overloads("abs").size());
+    EXPECT_FALSE(builtin_catalog().overloads("Ceil").empty());
+    EXPECT_TRUE(builtin_catalog().overloads("ceiling of the room").empty());
+    EXPECT_TRUE(builtin_catalog().overloads("").empty());
+}
+
+TEST(Catalog, NearestNameForgivesTwoEditsAndNoMore) {
+    EXPECT_EQ(builtin_catalog().nearest_name("flor"), "floor");
+    EXPECT_EQ(builtin_catalog().nearest_name("CIEL"), "ceil");
+    EXPECT_EQ(builtin_catalog().nearest_name("entirely_else"), "");
+    EXPECT_EQ(builtin_catalog().nearest_name(std::string(100000, 'x')), "");
+}
+
+TEST(Catalog, AFormWhoseLettersDoNotFitItsExportIsRefused) {
+    EXPECT_THROW(Form("v", "babs_a_math_int", &babs_a_math_int), std::logic_error);
+    EXPECT_THROW(Form("aa", "babs_a_math_int", &babs_a_math_int), std::logic_error);
+    EXPECT_NO_THROW(Form("a", "babs_a_math_int", &babs_a_math_int));
+}
+
+TEST(Catalog, AnEntryThatContradictsItselfIsRefused) {
+    const auto catalog_of = [](Function function) {
+        std::vector<Function> functions;
+        functions.push_back(std::move(function));
+        return Catalog(std::move(functions));
+    };
+    EXPECT_THROW(catalog_of({.name = "f", .parameters = {}, .result = ValueType::kInt}), std::logic_error);
+    EXPECT_THROW(catalog_of({.name = "f",
+                             .parameters = {},
+                             .result = ValueType::kBigint,
+                             .forms = {{"a", "babs_a_math_int", &babs_a_math_int}}}),
+                 std::logic_error);
+}
+
+// ---- Casts ---------------------------------------------------------------------------------------------------------------------
+
+TEST(Casts, EveryPairOfNumbersAndTextHasOne) {
+    const ValueType types[] = {ValueType::kInt,    ValueType::kBigint, ValueType::kDecimal,
+                               ValueType::kDouble, ValueType::kFloat,  ValueType::kString};
+    for (ValueType from : types) {
+        for (ValueType to : types) EXPECT_EQ(find_cast(from, to) != nullptr, from != to) << type_name(from) << type_name(to);
+    }
+}
+
+TEST(Casts, ToAWholeNumberRoundsHalvesAwayFromZero) {
+    EXPECT_EQ(evaluate_text("CAST(2.5 AS bigint)"), "3");
+    EXPECT_EQ(evaluate_text("CAST(-2.5 AS bigint)"), "-3");
+    EXPECT_EQ(evaluate_text("CAST(2.4999 AS int)"), "2");
+    EXPECT_EQ(evaluate_text("CAST(2.5e0 AS int)"), "3");
+    EXPECT_EQ(evaluate_text("CAST(-2.5e0 AS bigint)"), "-3");
+    EXPECT_EQ(evaluate_text("CAST(0.49999999999999994 AS int)"), "0");
+}
+
+TEST(Casts, RangesAreExactToTheLastValue) {
+    EXPECT_EQ(evaluate_text("CAST(2147483647.4 AS int)"), "2147483647");
+    EXPECT_EQ(evaluate_text("CAST(-2147483648.4 AS int)"), "-2147483648");
+    EXPECT_EQ(evaluation_code("CAST(2147483647.5 AS int)"), EC_DATA_OVERFLOW);
+    EXPECT_EQ(evaluation_code("CAST(2147483648 AS int)"), EC_DATA_OVERFLOW);
+    EXPECT_EQ(evaluation_code("CAST(9.223372036854775807e18 AS bigint)"), EC_DATA_OVERFLOW);
+    EXPECT_EQ(evaluate_text("CAST(-9.223372036854775808e18 AS bigint)"), "-9223372036854775808");
+    EXPECT_EQ(evaluation_code("CAST('NaN' AS double)"), 0);
+    EXPECT_EQ(evaluation_code("CAST(CAST('NaN' AS double) AS int)"), EC_DATA_OVERFLOW);
+    EXPECT_EQ(evaluation_code("CAST(1e300 AS float)"), EC_DATA_OVERFLOW);
+    EXPECT_EQ(evaluation_code("CAST(1e300 AS decimal)"), EC_DATA_OVERFLOW);
+}
+
+TEST(Casts, TextIsANumberWithBlanksAroundItOrNone) {
+    EXPECT_EQ(evaluate_text("CAST('  -12.50 ' AS decimal)"), "-12.50");
+    EXPECT_EQ(evaluate_text("CAST('+7' AS int)"), "7");
+    EXPECT_EQ(evaluate_text("CAST('1e3' AS double)"), "1000");
+    EXPECT_EQ(evaluation_code("CAST('' AS int)"), EC_NUMBER_TEXT_INVALID);
+    EXPECT_EQ(evaluation_code("CAST('   ' AS decimal)"), EC_NUMBER_TEXT_INVALID);
+    EXPECT_EQ(evaluation_code("CAST('12x' AS bigint)"), EC_NUMBER_TEXT_INVALID);
+    EXPECT_EQ(evaluation_code("CAST('1.5' AS int)"), EC_NUMBER_TEXT_INVALID);
+    EXPECT_EQ(evaluation_code("CAST('+-1' AS int)"), EC_NUMBER_TEXT_INVALID);
+    EXPECT_EQ(evaluation_code("CAST('99999999999999999999' AS bigint)"), EC_DATA_OVERFLOW);
+}
+
+TEST(Casts, NumbersBecomeTheirShortestText) {
+    EXPECT_EQ(evaluate_text("CAST(-7 AS string)"), "-7");
+    EXPECT_EQ(evaluate_text("CAST(1.50 AS string)"), "1.50");
+    EXPECT_EQ(evaluate_text("CAST(0.1e0 AS string)"), "0.1");
+    EXPECT_EQ(evaluate_text("CAST(CAST(0.1 AS float) AS string)"), "0.1");
+    EXPECT_EQ(evaluate_text("CAST(CAST(0.1 AS float) AS decimal)"), "0.1");
+    EXPECT_EQ(evaluate_text("CAST(0.1e0 AS decimal)"), "0.1");
+}
+
+TEST(Casts, NullStaysNull) {
+    for (const Cast& cast : all_casts()) {
+        const std::string text =
+            "CAST(CAST(NULL AS " + std::string(type_name(cast.from)) + ") AS " + std::string(type_name(cast.to)) + ")";
+        EXPECT_EQ(evaluate_text(text), "NULL") << text;
+    }
+}
+
+}  // namespace
+}  // namespace qzengine
