@@ -9,6 +9,7 @@
 
 #include "bop/bifun_math/replace_rows.h"
 #include "bop/frame/export.h"
+#include "bop/frame/memory.h"
 #include "qzbifun/conditional.h"
 
 namespace bifun {
@@ -81,9 +82,7 @@ struct IfString {
         if (result->data->valid[i] != 1) return;
         bdta3_colstr& slot = static_cast<bdta3_colstr*>(result->data->values)[i];
         if (bdta3_str_is_in_local(result->data, slot.bytes) != 0) return;
-        const rt_memobj* const rt_mem = call.rt_mem;
-        if (slot.bytes == nullptr || rt_mem->pool == nullptr || rt_mem->free == nullptr) return;
-        rt_mem->free(call.env, rt_mem->pool, slot.bytes);
+        release_block(call.env, call.rt_mem, slot.bytes);
         slot = {0, 0, nullptr};
     }
 

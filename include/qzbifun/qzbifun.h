@@ -12,6 +12,7 @@
 #include "qzbifun/forms.h"
 #include "qzbifun/math.h"
 #include "qzbifun/records.h"
+#include "qzbifun/string.h"
 
 #ifdef __cplusplus
 extern "C" {
