@@ -3,6 +3,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstring>
 #include <string>
 
 #include "qzbifun/qzbifun.h"
@@ -149,6 +150,21 @@ TEST(DateArithmetic, NextDayAdjustsADateInTheGapWhereItStands) {
     EXPECT_EQ(in.get<qztime>(1).day, 4);
     EXPECT_EQ(out.get<qztime>(0).day, 16);
     EXPECT_EQ(out.get<qztime>(1).day, 16);
+}
+
+// A short name stands inline and behind the pointer alike; it is read behind the pointer.
+TEST(DateArithmetic, NextDayReadsTheNameBehindThePointer) {
+    support::Host host;
+    const support::Vector in = support::Vector::of<qztime>(host, {qztime{2024, 2, 29, 0, 0, 0, 0, TZ_NONE}});
+    support::Vector out = support::Vector::result<qztime>(host, 1);
+    support::Constant name = support::Constant::of<support::Text>(support::Text{"friday", 0});
+    auto& text = *reinterpret_cast<nstr*>(name.scalar());
+    std::memcpy(text.nstr_inline, "monday", 6);
+    char friday[] = {'f', 'r', 'i', 'd', 'a', 'y'};
+    text.nstr_ext = friday;
+    ASSERT_EQ(bnext_day_av_date(host.env(), host.mem(), in.col(), name.scalar(), out.col(), 1), 0);
+    EXPECT_EQ(out.get<qztime>(0).month, 3);
+    EXPECT_EQ(out.get<qztime>(0).day, 1);
 }
 
 TEST(LastDay, OfEveryMonthOfTheCalendar) {
