@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <limits>
 
+#include "bop/bifun_math/infinite.h"
 #include "bop/bifun_math/random.h"
 #include "bop/frame/export.h"
 #include "qzbifun/math.h"
@@ -126,8 +127,6 @@ struct Log10 {
 
 // ---- Overflow -------------------------------------------------------------------------------------------------------------
 
-bool overflowed(double result) { return std::fabs(result) > std::numeric_limits<double>::max(); }
-
 Code overflow(Row out, const char* worker) {
     (void)out.put(0.0);
     return out.fail(EC_DATA_OVERFLOW, worker);
@@ -136,7 +135,7 @@ Code overflow(Row out, const char* worker) {
 struct Degrees {
     static constexpr Rules rules = kRules;
     static double value(double x) { return x * 180.0 / kPi; }
-    static bool refuses(double x) { return overflowed(x * 180.0); }  // the quotient is the smaller
+    static bool refuses(double x) { return is_infinite(x * 180.0); }  // the quotient is the smaller
     static Code refuse(Row out, double) { return overflow(out, "bdegrees_a_process_dbl"); }
 };
 
@@ -153,7 +152,7 @@ struct Exp {
     static constexpr Rules rules = kRules;
     static Code row(Row out, double x) {
         const double result = std::exp(x);
-        if (overflowed(result)) return overflow(out, "bexp_a_process_dbl");
+        if (is_infinite(result)) return overflow(out, "bexp_a_process_dbl");
         return out.put(result);
     }
 };

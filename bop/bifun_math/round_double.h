@@ -8,6 +8,8 @@
 #include <cstdint>
 #include <limits>
 
+#include "bop/bifun_math/infinite.h"
+
 namespace bifun {
 
 // Places beyond this one leave a value as it is.
@@ -19,8 +21,6 @@ inline constexpr int32_t kGreatestPower = 308;
 // 10 to the power n, 0 to kGreatestPower, as the C library's pow has it. That is part of every result, and not always the nearest
 // double.
 double power_of_ten(int32_t n);
-
-inline bool is_infinite(double x) { return std::fabs(x) > std::numeric_limits<double>::max(); }
 
 // What becomes of a value at a place.
 enum class Way : uint8_t {

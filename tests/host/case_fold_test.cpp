@@ -6,6 +6,7 @@
 
 #include "qzhost/characters.h"
 #include "server_charset.h"
+#include "support/test_seed.h"
 #include "support/text_at_page_end.h"
 
 namespace {
@@ -74,7 +75,7 @@ TEST_P(CaseFoldTest, EverySequenceOfTwoBytes) {
 }
 
 TEST_P(CaseFoldTest, TextsCharacterByCharacter) {
-    const uint32_t seed = std::random_device{}();
+    const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const auto below = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random); };

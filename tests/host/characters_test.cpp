@@ -8,6 +8,7 @@
 #include <random>
 
 #include "server_charset.h"
+#include "support/test_seed.h"
 #include "support/text_at_page_end.h"
 
 namespace {
@@ -205,7 +206,7 @@ Cut cut_text(Converter& converter, const std::string& text, uint32_t charset) {
 }
 
 TEST_P(CharactersTest, ServicesAgreeWithTheTextCutByIcu) {
-    const uint32_t seed = std::random_device{}();
+    const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomTexts texts(GetParam(), converter_, seed);
     support::TextAtPageEnd guard(4096);
@@ -282,7 +283,7 @@ TEST_P(CharactersTest, ServicesAgreeWithTheTextCutByIcu) {
 }
 
 TEST_P(CharactersTest, ReversalKeepsCharactersWhole) {
-    const uint32_t seed = std::random_device{}();
+    const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomTexts texts(GetParam(), converter_, seed);
     support::TextAtPageEnd guard(4096);

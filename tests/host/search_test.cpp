@@ -8,6 +8,7 @@
 #include "host/src/byte_search.h"
 #include "qzhost/characters.h"
 #include "server_charset.h"
+#include "support/test_seed.h"
 #include "support/text_at_page_end.h"
 
 namespace {
@@ -97,7 +98,7 @@ std::vector<size_t> slow_places(std::string_view text, std::string_view pattern)
 }
 
 TEST(ByteSearch, AllThreeFindEveryPlace) {
-    const uint32_t seed = std::random_device{}();
+    const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     const auto below = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random); };
@@ -205,7 +206,7 @@ class SearchTest : public testing::TestWithParam<CharsetUnderTest> {
 
     ServerCharset server_{GetParam()};
     Converter converter_{GetParam()};
-    uint32_t seed_ = std::random_device{}();
+    uint32_t seed_ = support::test_seed();
     std::mt19937 random_{seed_};
     // Small, and such that bytes of one stand inside another.
     std::vector<std::string> letters_ =

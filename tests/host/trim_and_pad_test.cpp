@@ -5,6 +5,7 @@
 
 #include "qzhost/characters.h"
 #include "server_charset.h"
+#include "support/test_seed.h"
 #include "support/text_at_page_end.h"
 
 namespace {
@@ -28,7 +29,7 @@ class TrimAndPadTest : public testing::TestWithParam<CharsetUnderTest> {
 
     ServerCharset server_{GetParam()};
     Converter converter_{GetParam()};
-    uint32_t seed_ = std::random_device{}();
+    uint32_t seed_ = support::test_seed();
     std::mt19937 random_{seed_};
     std::vector<std::string> letters_ = [this] {
         std::vector<std::string> letters = {" ", "a", "0", "\xFF"};

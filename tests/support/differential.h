@@ -26,6 +26,7 @@
 #include "tests/support/batch.h"
 #include "tests/support/host.h"
 #include "tests/support/random_value.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/value.h"
 
 namespace support {

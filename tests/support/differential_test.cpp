@@ -9,6 +9,7 @@
 #include "qzbifun/codes.h"
 #include "qzhost/decimal.h"
 #include "qzhost/error.h"
+#include "tests/support/test_seed.h"
 
 namespace support {
 namespace {

@@ -65,13 +65,6 @@ bool is_leap(uint32_t year) { return year % 4 == 0 && (year % 100 != 0 || year %
 
 }  // namespace
 
-uint64_t test_seed() {
-    const char* wanted = std::getenv("QZBIFUN_TEST_SEED");
-    const uint64_t seed = wanted != nullptr ? std::strtoull(wanted, nullptr, 10) : std::random_device{}();
-    std::printf("seed: QZBIFUN_TEST_SEED=%llu\n", static_cast<unsigned long long>(seed));
-    return seed;
-}
-
 template <>
 int32_t random_value(Random& random) {
     return random_integer<int32_t>(random);

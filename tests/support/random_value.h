@@ -8,10 +8,6 @@
 
 namespace support {
 
-// The seed of a randomised test: QZBIFUN_TEST_SEED where it is set, otherwise a new one. It is printed, so that a failure can be
-// run again.
-uint64_t test_seed();
-
 // Any bit pattern may come; extremes, zeros of both signs, NaN, infinities and subnormals come often, and so do small numbers.
 template <class T>
 T random_value(Random& random);

@@ -126,6 +126,7 @@ inline int32_t xdec_cmp(const xdec* x, const xdec* y) {
     if (key_x != key_y || sign_x == 0) {
         return (key_x > key_y) - (key_x < key_y);
     }
+    if (sign_x != sign_y) return 0; /* no decimals: a magnitude begins with 0 */
     const int order = memcmp(x->pairs, y->pairs, sizeof x->pairs);
     return (int32_t)sign_x * ((order > 0) - (order < 0));
 }

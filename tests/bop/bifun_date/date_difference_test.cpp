@@ -13,6 +13,7 @@
 #include "qzhost/decimal.h"
 #include "tests/bop/bifun_date/gregorian_oracle.h"
 #include "tests/support/differential.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {

@@ -13,6 +13,7 @@
 #include "tests/bop/bifun_date/dates.h"
 #include "tests/support/batch.h"
 #include "tests/support/random_value.h"
+#include "tests/support/test_seed.h"
 
 namespace {
 
@@ -184,7 +185,7 @@ TEST(DateLiteral, ReadsCommonFormsAsAllOthers) {
                                          "9999-12-31 23:59:59", "2024-02-29 10:30:15", "2024-02-29 10:30:15.123456789",
                                          "20240229 10:30:15",   "2024-2-9 1:2:3.4 5",  "2024-00-10"};
     static const std::string kBytes = std::string("0123456789 -/.:T") + '\0' + '\x7f' + '\xb0' + '\xff';
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     support::Random random(seed);
     int read = 0;
     for (int i = 0; i < kTexts; ++i) {

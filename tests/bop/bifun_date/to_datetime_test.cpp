@@ -7,6 +7,7 @@
 #include "qzbifun/date_composition.h"
 #include "tests/bop/bifun_date/dates.h"
 #include "tests/support/differential.h"
+#include "tests/support/test_seed.h"
 
 namespace {
 
@@ -55,7 +56,7 @@ Composed walked(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t 
 }
 
 TEST(ConvertDatetime, CarriesAsAWalkDoes) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     support::Random random(seed);
     const auto about = [&](uint32_t range) {
         return static_cast<int32_t>(random.below(2 * range)) - static_cast<int32_t>(range);

@@ -16,6 +16,7 @@
 #include "qzbifun/date_rounding.h"
 #include "tests/bop/bifun_date/dates.h"
 #include "tests/support/random_value.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -466,7 +467,7 @@ TEST(TruncRound, FailsOutsideTheCalendarAndChangesNothing) {
 
 // Any bits may stand in a record.
 TEST(TruncRound, TakesAnyBits) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     support::Random random(seed);
     for (int i = 0; i < 100000; ++i) {
         const uint64_t bits[2] = {random.next(), random.next()};

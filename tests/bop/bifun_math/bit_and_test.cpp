@@ -14,6 +14,7 @@
 #include "tests/support/differential.h"
 #include "tests/support/guarded.h"
 #include "tests/support/host.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -145,7 +146,7 @@ TEST(BitAnd, IsThatOfBinaryNumbersInBothForms) {
 }
 
 TEST(BitAnd, AnyThirtyBytesAreReadInside) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     Random random(seed);
     support::Host host;
     const auto any_bytes = [&] {

@@ -13,6 +13,7 @@
 
 #include "tests/support/batch.h"
 #include "tests/support/random_value.h"
+#include "tests/support/test_seed.h"
 
 namespace bifun {
 namespace {

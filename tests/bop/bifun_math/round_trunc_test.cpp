@@ -15,6 +15,7 @@
 #include "qzhost/decimal.h"
 #include "qzhost/number_text.h"
 #include "tests/support/differential.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -101,7 +102,7 @@ TEST(RoundDouble, FollowsTheStepsInEveryForm) {
 }
 
 TEST(RoundDouble, OneValueFollowsTheSteps) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     Random random(seed);
     for (int i = 0; i < 200000; ++i) {
         const double x = draw_double(random);
@@ -199,7 +200,7 @@ TEST(TruncDecimal, EveryFormIsTheService) {
 }
 
 TEST(RoundDecimal, AnyThirtyBytesAreReadInside) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     Random random(seed);
     support::Host host;
     for (int i = 0; i < 2000; ++i) {

@@ -11,6 +11,7 @@
 #include "qzbifun/qzbifun.h"
 #include "qzhost/decimal.h"
 #include "tests/support/differential.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -74,7 +75,7 @@ TEST(ToChar, WholeNumbersByAFormat) {
 }
 
 TEST(ToChar, DoublesReadBackAsTheSameDouble) {
-    const uint64_t seed = support::test_seed();
+    const uint32_t seed = support::test_seed();
     Random random(seed);
     Host host;
     for (int i = 0; i < 3000; ++i) {
