@@ -40,11 +40,12 @@ inline Vector other_datetimes(const Host& host, const Shape& shape) { return mor
 inline Vector third_datetimes(const Host& host, const Shape& shape) { return more_datetimes<8>(host, shape); }
 inline Vector fourth_datetimes(const Host& host, const Shape& shape) { return more_datetimes<9>(host, shape); }
 
-// 65,536 rows: without NULLs, with 1 and 50 percent, and with a selection.
+// 65,536 rows: without NULLs, with 1 and 50 percent, and with a selection; and 1,024 without either.
 inline void date_shapes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgNames({"null", "sel", "rows"});
     for (const int64_t nulls : {0, 1, 50}) benchmark->Args({nulls, 0, 65536});
     benchmark->Args({0, 1, 65536});
+    benchmark->Args({0, 0, 1024});
 }
 
 inline void dense_dates(benchmark::internal::Benchmark* benchmark) {

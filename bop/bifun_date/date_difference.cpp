@@ -30,12 +30,11 @@ int32_t weeks_between(const qztime& first, const qztime& second) {
 bool is_month_end(const qztime& date) { return date.day == qztime_month_end_day(date.year, date.month); }
 
 Code months_between(const qztime& first, const qztime& second, xdec* result) {
-    constexpr double kDaysOfAMonth = 31.0;
     const int32_t months = (first.year - second.year) * 12 - second.month + first.month;  // within 790 thousand
     if (first.day == second.day || (is_month_end(first) && is_month_end(second))) {
-        return Code{xdec_from_int64(result, months, XDEC_SCALE_NONE)};  // as the double below would come out
+        return Code{xdec_from_int64(result, months, XDEC_SCALE_NONE)};  // as the double of it would come out
     }
-    return Code{xdec_from_double(months + (first.day - second.day) / kDaysOfAMonth, result)};
+    return Code{host_xdec_from_months(months, first.day - second.day, result)};
 }
 
 struct DaysBetween {

@@ -524,6 +524,36 @@ TEST(DecimalNumbers, DoublesInAndOut) {
     EXPECT_EQ(to("1e-130"), 1e-130);
 }
 
+// Months and days come out as the double of them does, byte for byte: all days, with months around every change of size.
+TEST(DecimalNumbers, MonthsAndDays) {
+    std::vector<int32_t> months;
+    for (int32_t i = -1300; i <= 1300; ++i) months.push_back(i);
+    for (int32_t size = 1024; size <= 1 << 21; size *= 2) {
+        for (int32_t i = -3; i <= 3; ++i)
+            months.insert(months.end(), {size + i, -size - i, size / 3 * 4 + i, i - size / 3 * 4});
+    }
+    for (const int32_t i : {9999, 10000, 176543, 999999, std::numeric_limits<int32_t>::max()})
+        months.insert(months.end(), {i, -i});
+    months.push_back(std::numeric_limits<int32_t>::min());
+    const auto expect_same = [](int32_t month, int32_t day) {
+        xdec found = dec("7.7"), expected = dec("8.8");
+        EXPECT_EQ(host_xdec_from_months(month, day, &found), 0);
+        EXPECT_EQ(xdec_from_double(month + day / 31.0, &expected), 0);
+        EXPECT_EQ(std::memcmp(&found, &expected, sizeof found), 0) << month << " months, " << day << " days";
+    };
+    for (const int32_t month : months) {
+        for (int32_t day = -33; day <= 33; ++day) expect_same(month, day);
+        for (const int32_t day : {-255, 255, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()}) {
+            expect_same(month, day);
+        }
+    }
+    xdec x;
+    EXPECT_EQ(host_xdec_from_months(1, 1, &x), 0);
+    EXPECT_EQ(text_of(x), "1.032258064516129");  // 1 + 1/31 is 1.0322580645161290322...
+    EXPECT_EQ(host_xdec_from_months(0, -1, &x), 0);
+    EXPECT_EQ(text_of(x), "-0.03225806451612903");
+}
+
 TEST(DecimalNumbers, BinaryWords) {
     const auto words_of = [](std::string_view text) {
         const xdec x = dec(text);

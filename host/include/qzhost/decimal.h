@@ -175,6 +175,9 @@ int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale);
 /* The shortest decimal that reads back as the same double: 0.1 is 0.1. EC_DATA_OVERFLOW: NaN, infinity, 1E126 and more. */
 int32_t xdec_from_double(double value, xdec* destination);
 
+/* months + days / 31.0 in doubles, as xdec_from_double gives it. Several times as fast within 30 days and the calendar's months. */
+int32_t host_xdec_from_months(int32_t months, int32_t days, xdec* destination);
+
 /* To an integer, with the fraction cut off. EC_DATA_OVERFLOW: it does not fit, and *value is 0. */
 int32_t xdec_get_int64(const xdec* x, int64_t* value);
 int32_t xdec_get_ulint64(const xdec* x, uint64_t* value);
