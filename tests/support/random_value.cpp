@@ -139,6 +139,23 @@ qztime random_value(Random& random) {
 }
 
 template <>
+qz_interval_ym random_value(Random& random) {
+    const int32_t sign = random.chance(40) ? -1 : 1;
+    const int32_t years = random.chance(40) ? 0 : static_cast<int32_t>(random.below(178));
+    return {sign * years, sign * static_cast<int32_t>(random.below(12)), 406};
+}
+
+template <>
+qz_interval_dt random_value(Random& random) {
+    const int32_t sign = random.chance(40) ? -1 : 1;
+    const auto field = [&](uint32_t zeros, uint32_t bound) {
+        return random.chance(zeros) ? 0 : sign * static_cast<int32_t>(random.below(bound));
+    };
+    const uint32_t most_days = random.chance(50) ? 10 : 100'000;
+    return {field(30, most_days), field(40, 24), field(40, 60), field(40, 60), field(60, 1'000'000), 1686};
+}
+
+template <>
 Text random_value(Random& random) {
     static const char* const kPieces[] = {"a", "b", "A", "B", "0", " ", "ab", "é", "中", "😀"};
     Text text;

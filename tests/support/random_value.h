@@ -25,6 +25,10 @@ xdec random_value(Random& random);  // a decimal's one form, of 1 to 44 digits; 
 template <>
 qztime random_value(Random& random);  // a date that exists, of the years 1 to 9999, at times with a zone
 template <>
+qz_interval_ym random_value(Random& random);  // within 178 years, its fields of one sign and in their limits; at times 0
+template <>
+qz_interval_dt random_value(Random& random);  // within 100000 days, likewise; to the microsecond
+template <>
 Text random_value(Random& random);  // up to some 80 bytes of few letters, blanks and multibyte characters; at times empty
 
 }  // namespace support

@@ -3,6 +3,7 @@
 
 #include <array>
 #include <chrono>
+#include <cstdint>
 #include <cstring>
 #include <string>
 
@@ -99,6 +100,57 @@ TEST(DateArithmetic, PartsByTheirCodes) {
         if (part == 2) return add_months(date, count, false);
         if (part == 8) return add_months(date, 3 * count, false);
         return gregorian::on(date, gregorian::days_of(date) + days{part == 10 ? 7 * count : count});
+    }),
+              "");
+}
+
+// Fields of any size count by what they come to.
+TEST(DateArithmetic, IntervalsOfYearsAndMonths) {
+    const auto of_any_size = [](Random& random) {
+        qz_interval_ym interval = support::random_value<qz_interval_ym>(random);
+        if (random.chance(20)) interval.iv_month = below(random, 2000);
+        return interval;
+    };
+    const auto count = [](const qz_interval_ym& interval) { return 12 * interval.iv_year + interval.iv_month; };
+    auto added = family<qztime, qztime, qz_interval_ym>();
+    added.draw<0>(gregorian::random_value);
+    added.draw<1>(of_any_size);
+    added.add("aa", "bdate_add_ym_aa", bdate_add_ym_aa);
+    added.add("av", "bdate_add_ym_av", bdate_add_ym_av);
+    EXPECT_EQ(
+        added.run([&](const qztime& date, const qz_interval_ym& interval) { return add_months(date, count(interval), false); }),
+        "");
+    auto subtracted = family<qztime, qztime, qz_interval_ym>();
+    subtracted.draw<0>(gregorian::random_value);
+    subtracted.draw<1>(of_any_size);
+    subtracted.add("aa", "bdate_sub_ym_aa", bdate_sub_ym_aa);
+    subtracted.add("av", "bdate_sub_ym_av", bdate_sub_ym_av);
+    EXPECT_EQ(subtracted.run([&](const qztime& date, const qz_interval_ym& interval) {
+        return add_months(date, -count(interval), false);
+    }),
+              "");
+}
+
+TEST(DateArithmetic, IntervalsOfDaysAndTimes) {
+    auto added = family<qztime, qztime, qz_interval_dt>();
+    added.draw<0>([](Random& random) {
+        qztime value = gregorian::random_value(random);
+        value.year = static_cast<int16_t>(2000 + value.year % 1000);
+        return value;
+    });
+    added.draw<1>([](Random& random) {
+        qz_interval_dt interval = support::random_value<qz_interval_dt>(random);
+        if (random.chance(10)) interval.iv_second = random.chance(50) ? INT32_MAX : INT32_MIN;
+        if (random.chance(10)) interval.iv_fraction = random.chance(50) ? INT32_MAX : INT32_MIN;
+        return interval;
+    });
+    added.add("aa", "bdate_add_dt_aa", bdate_add_dt_aa);
+    added.add("av", "bdate_add_dt_av", bdate_add_dt_av);
+    EXPECT_EQ(added.run([](const qztime& date, const qz_interval_dt& interval) {
+        const auto time = gregorian::time_of(date) + hours{interval.iv_hour} + minutes{interval.iv_minute} +
+                          seconds{interval.iv_second} + microseconds{interval.iv_fraction};
+        const auto carried = floor<days>(time);
+        return gregorian::at(gregorian::on(date, gregorian::days_of(date) + days{interval.iv_day} + carried), time - carried);
     }),
               "");
 }

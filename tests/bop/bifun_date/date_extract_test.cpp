@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <string>
@@ -139,6 +140,128 @@ TEST(ExtractDifferential, DaysOfWeeksAndYears) {
     auto quarter = of_a_date();
     quarter.add("a", "bquarter_qztime_a_date", bquarter_qztime_a_date);
     EXPECT_EQ(quarter.run([](const qztime& v) -> int32_t { return (v.month + 2) / 3; }), "");
+}
+
+// ---- EXTRACT, every form ----------------------------------------------------------------------------------------------------
+
+template <class R>
+support::Answer<R> no_such_part() {
+    return support::Answer<R>::error(EC_INVALID_ARGUMENT, {"self"});
+}
+
+template <class R, class T>
+Differential<R, int32_t, T> extraction() {
+    Differential<R, int32_t, T> function;
+    function.rules.valid = Rules::Valid::kept;
+    function.rules.constants = Rules::Constants::ignored;
+    function.rules.flag_reads_constants = false;
+    function.template draw<0>([](support::Random& random) { return static_cast<int32_t>(random.below(17)) - 1; });
+    return function;
+}
+
+// Of a date-time: by what the parts that a kind serves are.
+std::string extract_differs(const std::string& name, bop_fn_va* function, const std::set<int32_t>& kind) {
+    auto extract = extraction<int32_t, qztime>();
+    extract.add("va", name, function);
+    return extract.run([&](int32_t part, const qztime& v) -> support::Answer<int32_t> {
+        if (!kind.contains(part)) return no_such_part<int32_t>();
+        const int32_t fields[] = {0, v.year, v.month, v.day, v.hour, v.minute};
+        const auto zone = minutes{+v.tz};
+        if (part == 12) return static_cast<int32_t>(duration_cast<hours>(zone).count());
+        if (part == 13) return static_cast<int32_t>((zone - duration_cast<hours>(zone)).count());
+        return fields[part];
+    });
+}
+
+TEST(ExtractDifferential, OfDatetimes) {
+    EXPECT_EQ(extract_differs("bextract_date_va_date", bextract_date_va_date, {1, 2, 3}), "");
+    EXPECT_EQ(extract_differs("bextract_time_va_date", bextract_time_va_date, {4, 5}), "");
+    EXPECT_EQ(extract_differs("bextract_time_tz_va_date", bextract_time_tz_va_date, {4, 5, 12, 13}), "");
+    EXPECT_EQ(extract_differs("bextract_datetime_va_date", bextract_datetime_va_date, {1, 2, 3, 4, 5}), "");
+    EXPECT_EQ(extract_differs("bextract_datetime_tz_va_date", bextract_datetime_tz_va_date, {1, 2, 3, 4, 5, 12, 13}), "");
+    auto seconds = extraction<double, qztime>();
+    seconds.add("va", "bextract_time_ex_va_date", bextract_time_ex_va_date);
+    EXPECT_EQ(seconds.run([](int32_t part, const qztime& v) -> support::Answer<double> {
+        if (part != 6) return no_such_part<double>();
+        return v.second + v.fraction / 1e9;
+    }),
+              "");
+}
+
+TEST(ExtractDifferential, OfIntervals) {
+    auto of_months = extraction<int32_t, qz_interval_ym>();
+    of_months.add("va", "bextract_iv_ym_va_date", bextract_iv_ym_va_date);
+    EXPECT_EQ(of_months.run([](int32_t part, const qz_interval_ym& v) -> support::Answer<int32_t> {
+        if (part != 1 && part != 2) return no_such_part<int32_t>();
+        return part == 1 ? v.iv_year : v.iv_month;
+    }),
+              "");
+    auto of_days = extraction<int32_t, qz_interval_dt>();
+    of_days.add("va", "bextract_iv_dt_va_date", bextract_iv_dt_va_date);
+    EXPECT_EQ(of_days.run([](int32_t part, const qz_interval_dt& v) -> support::Answer<int32_t> {
+        if (part < 3 || part > 7) return no_such_part<int32_t>();
+        const int32_t fields[] = {v.iv_day, v.iv_hour, v.iv_minute, v.iv_second, v.iv_fraction};
+        return fields[part - 3];
+    }),
+              "");
+    auto seconds = extraction<double, qz_interval_dt>();
+    seconds.add("va", "bextract_iv_dt_ex_va_date", bextract_iv_dt_ex_va_date);
+    EXPECT_EQ(seconds.run([](int32_t part, const qz_interval_dt& v) -> support::Answer<double> {
+        if (part != 6) return no_such_part<double>();
+        return v.iv_second + v.iv_fraction / 1e6;
+    }),
+              "");
+}
+
+// Texts of dates and times, some of them blank or none at all; the text is looked at before the part.
+TEST(ExtractDifferential, OfTexts) {
+    const auto draw = [](support::Random& random) -> support::Text {
+        if (random.chance(10)) return {std::string(random.below(3), ' '), random.below(3)};
+        if (random.chance(5)) return {"2024-02-30"};
+        char text[64];
+        std::snprintf(text, sizeof text, "%04u-%02u-%02u %02u:%02u:%02u.%03u", 1 + random.below(9999), 1 + random.below(12),
+                      1 + random.below(28), random.below(24), random.below(60), random.below(60), random.below(1000));
+        return {text, random.below(3)};
+    };
+    struct Read {
+        bool blank, read;
+        int32_t fields[6];
+        double seconds;
+    };
+    const auto read = [](const std::string& text) {
+        Read r{text.find_first_not_of(' ') == std::string::npos, text.size() > 20, {}, 0};
+        if (!r.read) return r;
+        const auto field = [&](size_t at, size_t digits) { return std::stoi(text.substr(at, digits)); };
+        const int32_t year = field(0, 4), month = field(5, 2), day = field(8, 2);
+        const bool in_gap = year == 1582 && month == 10 && day > 4 && day < 15;
+        r = {false, true, {0, year, month, in_gap ? 15 : day, field(11, 2), field(14, 2)}, std::stod(text.substr(17))};
+        return r;
+    };
+    auto parts = extraction<int32_t, support::Text>();
+    parts.rules.flag_lowered = true;
+    parts.draw<1>(draw);
+    parts.add("va", "bextract_str_va_date", bextract_str_va_date);
+    EXPECT_EQ(parts.run([&](int32_t part, const support::Text& text) -> support::Answer<int32_t> {
+        const Read r = read(text.bytes);
+        if (r.blank) return support::Answer<int32_t>::null();
+        if (!r.read) return support::Answer<int32_t>::error(EC_DATE_TEXT_INVALID, {"self"});
+        if (part < 1 || part > 5) return no_such_part<int32_t>();
+        return r.fields[part];
+    }),
+              "");
+    auto seconds = extraction<double, support::Text>();
+    seconds.rules.flag_lowered = true;
+    seconds.draw<1>(draw);
+    seconds.tolerance = {support::Tolerance::Kind::relative, 1e-15};
+    seconds.add("va", "bextract_str_ex_va_date", bextract_str_ex_va_date);
+    EXPECT_EQ(seconds.run([&](int32_t part, const support::Text& text) -> support::Answer<double> {
+        const Read r = read(text.bytes);
+        if (r.blank) return support::Answer<double>::null();
+        if (!r.read) return support::Answer<double>::error(EC_DATE_TEXT_INVALID, {"self"});
+        if (part != 6) return no_such_part<double>();
+        return r.seconds;
+    }),
+              "");
 }
 
 }  // namespace

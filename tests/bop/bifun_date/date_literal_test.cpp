@@ -172,6 +172,10 @@ TEST(DateLiteral, StopsLookingBehindTheFraction) {
     reads("2024-01-02 10:30:15.12\0x"s, moment(2024, 1, 2, 10, 30, 15, 120000000));
     fails("2024-01-02 10:30:15.\0"s);
     fails("2024-01-02 10:30:15\0"s);
+    // Without a separator there is none to be skipped.
+    fails(" 2024\0002\00029"s);
+    fails("20242\0009"s);
+    fails("2024\00002\00029"s);
 }
 
 // The two ways of reading come to the same, whatever is written over a literal.

@@ -29,6 +29,16 @@ inline std::chrono::nanoseconds time_of(const qztime& value) {
            std::chrono::nanoseconds{int64_t{value.fraction}};
 }
 
+// The value with another time of day.
+inline qztime at(qztime value, std::chrono::nanoseconds time) {
+    const std::chrono::hh_mm_ss parts{time};
+    value.hour = static_cast<uint8_t>(parts.hours().count());
+    value.minute = static_cast<uint8_t>(parts.minutes().count());
+    value.second = static_cast<uint8_t>(parts.seconds().count());
+    value.fraction = static_cast<uint32_t>(parts.subseconds().count());
+    return value;
+}
+
 // A value of the years 1600 to 9000.
 inline qztime random_value(support::Random& random) {
     for (;;) {

@@ -5,12 +5,16 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstring>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "qzbifun/codes.h"
 #include "qzhost/calendar.h"
+#include "tests/bop/bifun_date/gregorian_oracle.h"
+#include "tests/support/differential.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -228,6 +232,145 @@ TEST(OverlapsOfIntervals, EveryFormOnEveryCell) {
                                    null ? std::nullopt : std::optional<int32_t>(row.outcome()), row.text());
         if (HasFatalFailure()) return;
     }
+}
+
+// ---- Whole batches: selections of their own, NULLs, rows that fail --------------------------------------------------------------
+
+template <class Second>
+support::Differential<int32_t, qztime, Second, qztime, Second> family() {
+    support::Differential<int32_t, qztime, Second, qztime, Second> forms;
+    forms.rules.null_evaluated = true;
+    forms.rules.constants = support::Rules::Constants::own;
+    forms.rules.flag = support::Rules::Flag::kept;
+    forms.rules.flag_lowered = true;
+    forms.batches /= 3;
+    forms.with_no_rows = false;  // constants that make all rows NULL lower the flag then too
+    return forms;
+}
+
+using Answer = support::Answer<int32_t>;
+
+qztime on_day(uint32_t at) {
+    return {static_cast<int16_t>(at < 31 ? 2024 : 2023), 1, static_cast<uint8_t>(1 + at % 31), 12, 0, 0, 0, TZ_NONE};
+}
+
+// First points lie in the first half of the days and second ones in the other, so that the slot of a point that is missing decides
+// nothing: what it does is shown above.
+TEST(OverlapsDifferential, OfDatetimes) {
+    auto forms = family<qztime>();
+    const auto first = [](support::Random& random) { return day(static_cast<int>(random.below(4))); };
+    const auto second = [](support::Random& random) { return day(static_cast<int>(3 + random.below(4))); };
+    forms.draw<0>(first), forms.draw<1>(second), forms.draw<2>(first), forms.draw<3>(second);
+    forms.add("aaaa", "boverlaps_dt_aaaa_date", boverlaps_dt_aaaa_date);
+    forms.add("aaav", "boverlaps_dt_aaav_ts_date", boverlaps_dt_aaav_ts_date);
+    forms.add("aava", "boverlaps_dt_aava_ts_date", boverlaps_dt_aava_ts_date);
+    forms.add("aavv", "boverlaps_dt_aavv_tsts_date", boverlaps_dt_aavv_tsts_date);
+    forms.add("avaa", "boverlaps_dt_avaa_ts_date", boverlaps_dt_avaa_ts_date);
+    forms.add("avav", "boverlaps_dt_avav_tsts_date", boverlaps_dt_avav_tsts_date);
+    forms.add("avva", "boverlaps_dt_avva_tsts_date", boverlaps_dt_avva_tsts_date);
+    forms.add("avvv", "boverlaps_dt_avvv_tststs_date", boverlaps_dt_avvv_tststs_date);
+    forms.add("vaaa", "boverlaps_dt_vaaa_ts_date", boverlaps_dt_vaaa_ts_date);
+    forms.add("vaav", "boverlaps_dt_vaav_tsts_date", boverlaps_dt_vaav_tsts_date);
+    forms.add("vava", "boverlaps_dt_vava_tsts_date", boverlaps_dt_vava_tsts_date);
+    forms.add("vavv", "boverlaps_dt_vavv_tststs_date", boverlaps_dt_vavv_tststs_date);
+    forms.add("vvaa", "boverlaps_dt_vvaa_tsts_date", boverlaps_dt_vvaa_tsts_date);
+    forms.add("vvav", "boverlaps_dt_vvav_tststs_date", boverlaps_dt_vvav_tststs_date);
+    forms.add("vvva", "boverlaps_dt_vvva_tststs_date", boverlaps_dt_vvva_tststs_date);
+    using Value = std::optional<qztime>;
+    EXPECT_EQ(forms.run([](const Value& p1, const Value& p2, const Value& q1, const Value& q2) -> Answer {
+        if ((!p1 && !p2) || (!q1 && !q2)) return Answer::null();
+        const auto point = [](const Value& value) { return Point{value ? value->day : 0, value.has_value()}; };
+        if ((!p1 && !q2) || (!p2 && !q1)) return p1 ? p1->day == q2->day : p2->day == q1->day;
+        return stated(point(p1), point(p2), point(q1), point(q2));
+    }),
+              "");
+}
+
+// A duration moves a start to an end; one that leaves the calendar ends the batch, unless a start is missing.
+template <class Interval, class Add>
+auto told_by(Add add) {
+    return [add](const std::optional<qztime>& s1, const std::optional<Interval>& x1, const std::optional<qztime>& s2,
+                 const std::optional<Interval>& x2) -> Answer {
+        if (!s1 || !s2) return Answer::null();
+        std::optional<std::chrono::sys_days> end1, end2;
+        if (x1 && !(end1 = add(*s1, *x1))) return Answer::error(EC_DATE_OUT_OF_RANGE, {"self"}, std::nullopt);
+        if (x2 && !(end2 = add(*s2, *x2))) return Answer::error(EC_DATE_OUT_OF_RANGE, {"self"}, std::nullopt);
+        const auto number = [](std::chrono::sys_days date) { return static_cast<int>(date.time_since_epoch().count()); };
+        const auto start = [&](const qztime& value) { return Point{number(gregorian::days_of(value)), true}; };
+        const auto end = [&](const std::optional<std::chrono::sys_days>& date) {
+            return Point{date ? number(*date) : 0, date.has_value()};
+        };
+        return stated(start(*s1), end(end1), start(*s2), end(end2));
+    };
+}
+
+qztime start_of_a_period(support::Random& random) {
+    qztime value = random.chance(3) ? qztime{9999, 12, 31, 12, 0, 0, 0, TZ_NONE} : on_day(random.below(62));
+    if (random.chance(30)) value.month = 2, value.day = static_cast<uint8_t>(1 + value.day % 28);
+    return value;
+}
+
+std::optional<std::chrono::sys_days> in_calendar(std::chrono::sys_days date) {
+    return date < std::chrono::sys_days{std::chrono::year{10000} / 1 / 1} ? std::optional(date) : std::nullopt;
+}
+
+TEST(OverlapsDifferential, OfMonths) {
+    auto forms = family<qz_interval_ym>();
+    const auto months = [](support::Random& random) {
+        return qz_interval_ym{random.chance(5) ? 1 : 0, static_cast<int32_t>(random.below(7)) - 3, 406};
+    };
+    forms.draw<0>(start_of_a_period), forms.draw<1>(months), forms.draw<2>(start_of_a_period), forms.draw<3>(months);
+    forms.add("aaaa", "boverlaps_ivym_aaaa_date", boverlaps_ivym_aaaa_date);
+    forms.add("aaav", "boverlaps_ivym_aaav_ym_date", boverlaps_ivym_aaav_ym_date);
+    forms.add("aava", "boverlaps_ivym_aava_ts_date", boverlaps_ivym_aava_ts_date);
+    forms.add("aavv", "boverlaps_ivym_aavv_ymts_date", boverlaps_ivym_aavv_ymts_date);
+    forms.add("avaa", "boverlaps_ivym_avaa_ym_date", boverlaps_ivym_avaa_ym_date);
+    forms.add("avav", "boverlaps_ivym_avav_ymym_date", boverlaps_ivym_avav_ymym_date);
+    forms.add("avva", "boverlaps_ivym_avva_tsym_date", boverlaps_ivym_avva_tsym_date);
+    forms.add("avvv", "boverlaps_ivym_avvv_ymtsym_date", boverlaps_ivym_avvv_ymtsym_date);
+    forms.add("vaaa", "boverlaps_ivym_vaaa_ts_date", boverlaps_ivym_vaaa_ts_date);
+    forms.add("vaav", "boverlaps_ivym_vaav_ymts_date", boverlaps_ivym_vaav_ymts_date);
+    forms.add("vava", "boverlaps_ivym_vava_tsts_date", boverlaps_ivym_vava_tsts_date);
+    forms.add("vavv", "boverlaps_ivym_vavv_ymtsts_date", boverlaps_ivym_vavv_ymtsts_date);
+    forms.add("vvaa", "boverlaps_ivym_vvaa_ymts_date", boverlaps_ivym_vvaa_ymts_date);
+    forms.add("vvav", "boverlaps_ivym_vvav_ymymts_date", boverlaps_ivym_vvav_ymymts_date);
+    forms.add("vvva", "boverlaps_ivym_vvva_tsymts_date", boverlaps_ivym_vvva_tsymts_date);
+    EXPECT_EQ(forms.run(told_by<qz_interval_ym>([](const qztime& start, const qz_interval_ym& x) {
+        const std::chrono::year_month_day date = gregorian::date_of(start);
+        const std::chrono::year_month month =
+            std::chrono::year_month{date.year(), date.month()} + std::chrono::months{12 * x.iv_year + x.iv_month};
+        const std::chrono::day last = (month / std::chrono::last).day();
+        return in_calendar(month / std::min(date.day(), last));
+    })),
+              "");
+}
+
+TEST(OverlapsDifferential, OfDays) {
+    auto forms = family<qz_interval_dt>();
+    const auto days = [](support::Random& random) {
+        const int32_t count = static_cast<int32_t>(random.below(61)) - 30;
+        return random.chance(50) ? qz_interval_dt{count, 0, 0, 0, 0, 1686} : qz_interval_dt{0, 0, 0, 86400 * count, 0, 1686};
+    };
+    forms.draw<0>(start_of_a_period), forms.draw<1>(days), forms.draw<2>(start_of_a_period), forms.draw<3>(days);
+    forms.add("aaaa", "boverlaps_ivdt_aaaa_date", boverlaps_ivdt_aaaa_date);
+    forms.add("aaav", "boverlaps_ivdt_aaav_dt_date", boverlaps_ivdt_aaav_dt_date);
+    forms.add("aava", "boverlaps_ivdt_aava_ts_date", boverlaps_ivdt_aava_ts_date);
+    forms.add("aavv", "boverlaps_ivdt_aavv_dtts_date", boverlaps_ivdt_aavv_dtts_date);
+    forms.add("avaa", "boverlaps_ivdt_avaa_dt_date", boverlaps_ivdt_avaa_dt_date);
+    forms.add("avav", "boverlaps_ivdt_avav_dtdt_date", boverlaps_ivdt_avav_dtdt_date);
+    forms.add("avva", "boverlaps_ivdt_avva_tsdt_date", boverlaps_ivdt_avva_tsdt_date);
+    forms.add("avvv", "boverlaps_ivdt_avvv_date", boverlaps_ivdt_avvv_date);
+    forms.add("vaaa", "boverlaps_ivdt_vaaa_ts_date", boverlaps_ivdt_vaaa_ts_date);
+    forms.add("vaav", "boverlaps_ivdt_vaav_dtts_date", boverlaps_ivdt_vaav_dtts_date);
+    forms.add("vava", "boverlaps_ivdt_vava_tsts_date", boverlaps_ivdt_vava_tsts_date);
+    forms.add("vavv", "boverlaps_ivdt_vavv_date", boverlaps_ivdt_vavv_date);
+    forms.add("vvaa", "boverlaps_ivdt_vvaa_date", boverlaps_ivdt_vvaa_date);
+    forms.add("vvav", "boverlaps_ivdt_vvav_date", boverlaps_ivdt_vvav_date);
+    forms.add("vvva", "boverlaps_ivdt_vvva_date", boverlaps_ivdt_vvva_date);
+    EXPECT_EQ(forms.run(told_by<qz_interval_dt>([](const qztime& start, const qz_interval_dt& x) {
+        return in_calendar(gregorian::days_of(start) + std::chrono::days{x.iv_day + x.iv_second / 86400});
+    })),
+              "");
 }
 
 }  // namespace
