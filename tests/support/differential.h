@@ -158,7 +158,7 @@ class Differential {
 
     template <class Tell>
     BatchRow draw_row(const Form& form, const Tell& tell, Random& random, const Batch& batch, uint32_t nulls, bool may_fail) {
-        constexpr int kTries = 20;
+        constexpr int kTries = 6;
         for (int i = 0;; ++i) {
             const Values values = with_constants(draw_values(random, std::index_sequence_for<A...>()), batch);
             BatchRow row;

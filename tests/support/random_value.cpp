@@ -134,7 +134,7 @@ qztime random_value(Random& random) {
         value.second = static_cast<uint8_t>(random.below(60));
     }
     if (random.chance(40)) value.fraction = random.below(1000000000);
-    if (random.chance(20)) value.tz = static_cast<int16_t>(static_cast<int>(random.below(1681)) - 780);
+    if (random.chance(20)) value.tz = static_cast<int16_t>(static_cast<int>(random.below(1681)) - 840);
     return value;
 }
 

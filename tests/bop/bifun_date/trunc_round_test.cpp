@@ -4,8 +4,10 @@
 
 #include <array>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <string>
 #include <tuple>
@@ -15,6 +17,7 @@
 #include "qzbifun/date_parts.h"
 #include "qzbifun/date_rounding.h"
 #include "tests/bop/bifun_date/dates.h"
+#include "tests/support/differential.h"
 #include "tests/support/random_value.h"
 #include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
@@ -499,6 +502,132 @@ TEST(TruncRound, AnElementFailsAtARowOnly) {
         EXPECT_EQ(function(host.env(), host.mem(), nulls.col(), element.scalar(), out.col(), 0), 0);
         EXPECT_TRUE(host.errors().empty());
     }
+}
+
+// ---- Every form -------------------------------------------------------------------------------------------------------------
+
+struct Element {
+    const char* word;
+    int32_t part;  // 0: none
+};
+constexpr Element kElements[] = {{"DD", kDay},
+                                 {"j", kDay},
+                                 {"CC", kCentury},
+                                 {"scc", kCentury},
+                                 {"Y", kYear},
+                                 {"syear", kYear},
+                                 {"Q", kQuarter},
+                                 {"MM", kMonth},
+                                 {"rm", kMonth},
+                                 {"WW", kWeekOfYear},
+                                 {"W", kWeekOfMonth},
+                                 {"d", kWeekStart},
+                                 {"DAY", kWeekStart},
+                                 {"HH24", kHour},
+                                 {"hh", kHour},
+                                 {"MI", kMinute},
+                                 {"IW", kIsoWeek},
+                                 {"MO", 0},
+                                 {"", 0}};
+
+int32_t part_of(const support::Text& word) {
+    for (const Element& element : kElements) {
+        if (word.bytes == element.word) return element.part;
+    }
+    std::abort();
+}
+
+support::Text random_element(support::Random& random) {
+    return {kElements[random.below(std::size(kElements))].word, random.below(2)};
+}
+
+// Of the years 1500 to 2500.
+qztime random_record(support::Random& random) {
+    static const size_t first = calendar().index(1500, 1, 1), behind = calendar().index(2501, 1, 1);
+    const qztime time = support::random_value<qztime>(random);
+    const size_t place = random.chance(10) ? calendar().index(1582, 9, 1) + random.below(120)
+                                           : first + random.below(static_cast<uint32_t>(behind - first));
+    return Walked{place, time.hour, time.minute, time.second, time.fraction, time.tz}.record();
+}
+
+Walked walked(const qztime& v) {
+    return {calendar().index(v.year, v.month, v.day), v.hour, v.minute, v.second, v.fraction, v.tz};
+}
+
+TEST(TruncRound, FormsTakeTheElementsOfTheirKind) {
+    struct Form {
+        const char* name;
+        bop_fn_av* function;
+        qztime (*told)(const Walked&, Part);
+        int32_t first, last;  // parts that it takes
+    };
+    static constexpr Form kForms[] = {{"btrunc_date_av_date", btrunc_date_av_date, told_trunc, kDay, kIsoWeek},
+                                      {"btrunc_datetime_av_date", btrunc_datetime_av_date, told_trunc, kDay, kIsoWeek},
+                                      {"btrunc_time_av_date", btrunc_time_av_date, told_trunc, kHour, kMinute},
+                                      {"bround_date_av_date", bround_date_av_date, told_round, kDay, kWeekStart},
+                                      {"bround_datetime_av_date", bround_datetime_av_date, told_round, kDay, kIsoWeek},
+                                      {"bround_time_av_date", bround_time_av_date, told_round, kHour, kMinute}};
+    for (const Form& form : kForms) {
+        support::Differential<qztime, qztime, support::Text> rows;
+        rows.rules.flag_reads_constants = false;
+        rows.draw<0>(random_record);
+        rows.draw<1>(random_element);
+        rows.batches /= 2;
+        rows.add("av", form.name, form.function);
+        EXPECT_EQ(rows.run([&](const qztime& value, const support::Text& element) -> support::Answer<qztime> {
+            const int32_t part = part_of(element);
+            if (part < form.first || part > form.last) {
+                return support::Answer<qztime>::error(EC_DATE_FORMAT_INVALID, {"self"});
+            }
+            return form.told(walked(value), Part(part));
+        }),
+                  "");
+    }
+    support::Differential<qztime, qztime> trunc, round;
+    trunc.draw<0>(random_record), round.draw<0>(random_record);
+    trunc.add("a", "btrunc_day_a_date", btrunc_day_a_date);
+    round.add("a", "bround_day_a_date", bround_day_a_date);
+    EXPECT_EQ(trunc.run([](const qztime& value) { return walked(value).midnight(0); }), "");
+    EXPECT_EQ(round.run([](const qztime& value) { return told_round(walked(value), kDay); }), "");
+}
+
+std::string text_of(const qztime& v) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%04d-%02u-%02u %02u:%02u:%02u", v.year, v.month, v.day, v.hour, v.minute, v.second);
+    return text;
+}
+
+TEST(TruncRound, FormsOfTextWriteWhatTheyComeTo) {
+    const auto differs = [](const char* name, bop_fn_av* function, qztime (*told)(const Walked&, Part),
+                            const std::vector<std::string>& stack) {
+        support::Differential<support::Text, support::Text, support::Text> rows;
+        rows.rules.flag_reads_constants = false;
+        rows.rules.flag_lowered = true;
+        std::map<std::string, qztime> records;
+        rows.draw<0>([&](support::Random& random) -> support::Text {
+            if (random.chance(10)) return {std::string(random.below(3), ' '), random.below(3)};
+            if (random.chance(2)) return {"2024-02-30"};
+            qztime value = random_record(random);
+            value.fraction = 0;
+            const std::string text = text_of(value);
+            records.emplace(text, value);
+            return {text, random.below(3)};
+        });
+        rows.draw<1>([](support::Random& random) {
+            for (;;) {
+                if (const support::Text element = random_element(random); part_of(element) != 0) return element;
+            }
+        });
+        rows.add("av", name, function);
+        return rows.run([&](const support::Text& text, const support::Text& element) -> support::Answer<support::Text> {
+            if (text.bytes.find_first_not_of(' ') == std::string::npos) return support::Answer<support::Text>::null();
+            const auto record = records.find(text.bytes);
+            if (record == records.end()) return support::Answer<support::Text>::error(EC_DATE_TEXT_INVALID, stack);
+            return support::Text{text_of(told(walked(record->second), Part(part_of(element))))};
+        });
+    };
+    EXPECT_EQ(differs("btrunc_dt_str_av_date", btrunc_dt_str_av_date, told_trunc, {"self"}), "");
+    EXPECT_EQ(differs("bround_dt_str_av_date", bround_dt_str_av_date, told_round, {"bround_dt_str_av_process", "self"}), "");
 }
 
 }  // namespace
