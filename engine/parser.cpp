@@ -377,9 +377,13 @@ class Parser {
             advance();
             made.arguments.push_back(disjunction());
         } else if (!token_.is_symbol(")")) {
-            do {
+            made.arguments.push_back(disjunction());
+            if (same_letters(std::get<Call>(made.what).function, "position") && accept_keyword("in")) {
+                // POSITION(pattern IN text) is position(pattern, text).
                 made.arguments.push_back(disjunction());
-            } while (accept_symbol(","));
+            } else {
+                while (accept_symbol(",")) made.arguments.push_back(disjunction());
+            }
         }
         if (!accept_symbol(")")) fail_behind_operand("a comma or a closing parenthesis");
         made.end = previous_end_;

@@ -214,6 +214,19 @@ TEST(Parser, TwoPeriodsMayOverlap) {
     EXPECT_EQ(error_position("(a, b) overlaps (c)"), 18);
 }
 
+TEST(Parser, PositionTakesItsPatternBeforeIn) {
+    EXPECT_EQ(shape_of("POSITION('a' IN b)"), "POSITION(s:a n:b)");
+    EXPECT_EQ(shape_of("position(f(a) in f(b))"), "position(f(n:a) f(n:b))");
+    EXPECT_EQ(shape_of("position(a, b)"), "position(n:a n:b)");
+    EXPECT_EQ(shape_of("position(in in in)"), "position(n:in n:in)");
+    EXPECT_EQ(shape_of("position(a or b in c)"), "position([or n:a n:b] n:c)");
+    EXPECT_EQ(error_position("f(a IN b)"), 4);
+    EXPECT_EQ(error_position("position(a IN)"), 13);
+    EXPECT_EQ(error_position("position(a IN b, c)"), 15);
+    EXPECT_EQ(error_position("position(a IN b IN c)"), 16);
+    EXPECT_EQ(error_position("position(a, b IN c)"), 14);
+}
+
 TEST(Parser, ExtractTakesItsPartBeforeFrom) {
     EXPECT_EQ(shape_of("EXTRACT(year FROM d)"), "EXTRACT(n:year n:d)");
     EXPECT_EQ(shape_of("extract(second from DATE '2024-02-29')"), "extract(n:second [date s:2024-02-29])");
