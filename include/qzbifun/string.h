@@ -9,5 +9,6 @@
 #define QZBIFUN_STRING_H
 
 #include "qzbifun/lob_text.h"
+#include "qzbifun/string_search.h"
 
 #endif

@@ -1,0 +1,182 @@
+// locate(pattern, text) and locate(pattern, text, start): the character of the text at which the pattern first stands, at or
+// behind the character start; 0 where it does not. The match is exact, and blanks are characters, implied ones too.
+//
+// What looks odd and is meant:
+//   - The switch case_sensitive has no effect: locate('A', 'abc') is 0 whatever it says.
+//   - An empty pattern stands at every start up to the place behind the text: locate('', 'abc', 4) is 4, locate('', 'abc', 5) is 0.
+//     Without a start it is found even in an empty text: locate('', '') is 1.
+//   - The value of a constant counts, not its flag: with a start of NULL the number behind it is taken.
+//   - Behind malformed bytes nothing is found: they cannot be passed by characters. locate('b', x'FF62', 2) is 0.
+//
+// Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out
+// by the first row that needs it and for all.
+#include <cstdint>
+#include <source_location>
+
+#include "bop/bifun_str/local_string.h"
+#include "bop/bifun_str/written_out.h"
+#include "bop/frame/export.h"
+#include "bop/frame/memory.h"
+#include "qzbifun/string.h"
+#include "qzhost/characters.h"
+#include "qzhost/search.h"
+#include "qzhost/string_value.h"
+
+namespace bifun {
+namespace {
+
+// A text whose blanks are all real.
+struct Bytes {
+    const char* bytes = nullptr;
+    uint32_t len = 0;
+};
+
+// A service's code, in the log when it failed.
+Code logged(int32_t code, std::source_location place = std::source_location::current()) {
+    if (code < 0) elog_try_report_qzerr(code, place.file_name(), static_cast<int32_t>(place.line()));
+    return Code{code};
+}
+
+// ---- Where an argument's bytes come from: open before the row's search, close behind it --------------------------------------
+
+// What a row takes and gives back.
+class OfOneRow {
+  public:
+    void close(const Row& row) {
+        release_block(row.env(), row.rt_mem(), block_);
+        block_ = nullptr;
+    }
+
+  protected:
+    char* block_ = nullptr;
+};
+
+struct VectorText : OfOneRow {
+    Code open(const Row& row, const Text& argument, Bytes& text) {
+        text = {argument.bytes, argument.len};
+        if (argument.blank == 0) [[likely]]
+            return kOk;
+        const bdta3_colstr slot{argument.len, argument.blank, argument.bytes};
+        bdta3_colstr written;
+        const int32_t code = colstr_expand_blanks(row.env(), row.rt_mem(), &written, &slot);
+        if (code < 0) return logged(code);
+        block_ = written.bytes;
+        text = {written.bytes, written.len};
+        return kOk;
+    }
+};
+
+struct ConstantText {
+    Code open(const Row& row, const Text& argument, Bytes& text) {
+        text = {argument.bytes, argument.len};
+        if (argument.blank == 0) [[likely]]
+            return kOk;
+        if (!written_.taken()) {
+            const int32_t code = written_.write_out(row.env(), row.rt_mem(), argument);
+            if (code < 0) return logged(code);
+        }
+        const Text written = written_.text();
+        text = {written.bytes, written.len};
+        return kOk;
+    }
+    void close(const Row&) {}
+
+  private:
+    LocalString written_;
+};
+
+template <class Source>
+class Opened {
+  public:
+    Opened(Source& source, const Row& row, const Text& argument)
+        : source_(source), row_(row), code_(source.open(row, argument, text_)) {}
+    ~Opened() { source_.close(row_); }
+    Opened(const Opened&) = delete;
+    Opened& operator=(const Opened&) = delete;
+
+    Code code() const { return code_; }
+    const Bytes& operator*() const { return text_; }
+
+  private:
+    Source& source_;
+    const Row& row_;
+    Bytes text_;
+    Code code_;
+};
+
+// ---- Rows ---------------------------------------------------------------------------------------------------------------------
+
+// start is 1 or more.
+int32_t find(const Bytes& pattern, const Bytes& text, int32_t start) {
+    Bytes rest = text;
+    if (start > 1) rest.bytes = qz_mbsninc_ex(text.bytes, text.len, static_cast<uint32_t>(start) - 1, &rest.len);
+    uint32_t hit = 0;
+    if (qz_strbmncmp(rest.bytes, rest.len, pattern.bytes, pattern.len, &hit, 1) == 0) return 0;
+    return static_cast<int32_t>(qz_mbstrlen_ex(rest.bytes, hit - 1)) + start;
+}
+
+bool is_empty(const Text& value) { return value.len == 0 && value.blank == 0; }
+
+constexpr Rules kRules{
+    .constants = ConstantNull::kIgnored,
+    .flag = FlagStore::kBeforeRows,
+    .on_failure = OnFailure::kClear,
+};
+
+template <class PatternSource, class TextSource>
+struct LocateFrom {
+    static constexpr Rules rules = kRules;
+
+    Code row(Row out, Text pattern_argument, Text text_argument, int32_t start) {
+        if (start <= 0) return out.put(0);
+        const Opened text(text_source, out, text_argument);
+        if (text.code().failed()) return text.code();
+        const Opened pattern(pattern_source, out, pattern_argument);
+        if (pattern.code().failed()) return pattern.code();
+        if ((*pattern).len == 0) {
+            const bool is_within = static_cast<uint32_t>(start) - 1 <= qz_mbstrlen_ex((*text).bytes, (*text).len);
+            return out.put(is_within ? start : 0);
+        }
+        return out.put((*text).len == 0 ? 0 : find(*pattern, *text, start));
+    }
+
+    PatternSource pattern_source;
+    TextSource text_source;
+};
+
+template <class PatternSource, class TextSource>
+struct Locate {
+    static constexpr Rules rules = kRules;
+
+    Code row(Row out, Text pattern_argument, Text text_argument) {
+        if (is_empty(pattern_argument)) return out.put(1);
+        if (is_empty(text_argument)) return out.put(0);
+        const Opened text(text_source, out, text_argument);
+        if (text.code().failed()) return text.code();
+        const Opened pattern(pattern_source, out, pattern_argument);
+        if (pattern.code().failed()) return pattern.code();
+        return out.put(find(*pattern, *text, 1));
+    }
+
+    PatternSource pattern_source;
+    TextSource text_source;
+};
+
+using LocateFromAa = LocateFrom<VectorText, VectorText>;
+using LocateFromAv = LocateFrom<VectorText, ConstantText>;
+using LocateFromVa = LocateFrom<ConstantText, VectorText>;
+using LocateAa = Locate<VectorText, VectorText>;
+using LocateAv = Locate<VectorText, ConstantText>;
+using LocateVa = Locate<ConstantText, VectorText>;
+
+}  // namespace
+}  // namespace bifun
+
+using namespace bifun;
+
+BIFUN_EXPORT_3(blocate_aav_str, LocateFromAa, a, a, v)
+BIFUN_EXPORT_3(blocate_avv_str, LocateFromAv, a, v, v)
+BIFUN_EXPORT_3(blocate_vav_str, LocateFromVa, v, a, v)
+BIFUN_EXPORT_2(blocate_def_aa_str, LocateAa, a, a)
+BIFUN_EXPORT_2(blocate_def_av_str, LocateAv, a, v)
+BIFUN_EXPORT_2(blocate_def_va_str, LocateVa, v, a)

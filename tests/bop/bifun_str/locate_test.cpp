@@ -1,0 +1,270 @@
+// locate against a plain search that writes both values out, with all starts, on texts and on CLOBs of every storage; what it takes,
+// reports and gives back when memory or a LOB fails.
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "qzbifun/codes.h"
+#include "qzbifun/qzbifun.h"
+#include "tests/bop/bifun_str/plain_text.h"
+#include "tests/support/differential.h"
+#include "tests/support/vector.h"
+
+namespace {
+
+using plain::Characters;
+using plain::Charset;
+using plain::InCharset;
+using plain::LogLines;
+using support::Cell;
+using support::Constant;
+using support::Differential;
+using support::Host;
+using support::Random;
+using support::Rules;
+using support::Text;
+using support::Vector;
+
+int32_t plain_locate(const Text& pattern, const Text& text, int32_t start, Charset charset) {
+    const Characters in = plain::characters_of(text, charset);
+    const Characters wanted = plain::characters_of(pattern, charset);
+    if (start <= 0) return 0;
+    for (size_t i = static_cast<size_t>(start) - 1; i <= in.size(); ++i) {
+        if (plain::stands_at(in, i, wanted)) return static_cast<int32_t>(i) + 1;
+    }
+    return 0;
+}
+
+Rules rules() {
+    Rules rules;
+    rules.flag_reads_constants = false;
+    rules.failure = Rules::Failure::string;
+    return rules;
+}
+
+int32_t random_start(Random& random) {
+    static constexpr int32_t kFar[] = {INT32_MIN, -1, 100, INT32_MAX};
+    return random.chance(90) ? static_cast<int32_t>(random.below(14)) : kFar[random.below(4)];
+}
+
+class LocateDifferential : public ::testing::TestWithParam<Charset> {};
+
+TEST_P(LocateDifferential, FromAStartIsThePlainSearch) {
+    const Charset charset = GetParam();
+    size_t found = 0;
+    for (const bool case_sensitive : {true, false}) {
+        const InCharset settings(charset, case_sensitive);
+        Differential<int32_t, Text, Text, int32_t> locate;
+        locate.rules = rules();
+        locate.add("aav", "blocate_aav_str", blocate_aav_str);
+        locate.add("avv", "blocate_avv_str", blocate_avv_str);
+        locate.add("vav", "blocate_vav_str", blocate_vav_str);
+        locate.draw<0>([&](Random& random) { return plain::random_text(random, charset, 3); });
+        locate.draw<1>([&](Random& random) { return plain::random_text(random, charset, random.chance(90) ? 10 : 60); });
+        locate.draw<2>(random_start);
+        EXPECT_EQ(locate.run([&](const Text& pattern, const Text& text, int32_t start) {
+            const int32_t value = plain_locate(pattern, text, start, charset);
+            found += value > 1;
+            return value;
+        }),
+                  "");
+    }
+    EXPECT_GT(found, 100u);
+}
+
+TEST_P(LocateDifferential, WithoutAStartIsThePlainSearchFromOne) {
+    const Charset charset = GetParam();
+    size_t found = 0;
+    for (const bool case_sensitive : {true, false}) {
+        const InCharset settings(charset, case_sensitive);
+        Differential<int32_t, Text, Text> locate;
+        locate.rules = rules();
+        locate.add("aa", "blocate_def_aa_str", blocate_def_aa_str);
+        locate.add("av", "blocate_def_av_str", blocate_def_av_str);
+        locate.add("va", "blocate_def_va_str", blocate_def_va_str);
+        locate.draw<0>([&](Random& random) { return plain::random_text(random, charset, 3); });
+        locate.draw<1>([&](Random& random) { return plain::random_text(random, charset, random.chance(90) ? 10 : 60); });
+        EXPECT_EQ(locate.run([&](const Text& pattern, const Text& text) {
+            const int32_t value = plain_locate(pattern, text, 1, charset);
+            found += value > 1;
+            return value;
+        }),
+                  "");
+    }
+    EXPECT_GT(found, 100u);
+}
+
+INSTANTIATE_TEST_SUITE_P(Charsets, LocateDifferential, ::testing::ValuesIn(plain::kCharsets));
+
+// ---- Failures -----------------------------------------------------------------------------------------------------------------
+
+using ErrorCodes = std::vector<int32_t>;
+
+class LocateFails : public ::testing::Test {
+  protected:
+    ~LocateFails() override {
+        host_lob_fail(HOST_LOB_LOOKUP, 0);
+        host_lob_fail(HOST_LOB_READ, 0);
+        host_lob_limit_read(UINT64_MAX);
+    }
+
+    // A call on all rows of the result, after so many allocations that succeed.
+    int32_t call(const Vector& result, const std::function<int32_t()>& function, int64_t allocations = -1) {
+        host_.clear_errors();
+        const LogLines log;
+        host_memory_fail_after(allocations);
+        const int32_t code = function();
+        host_memory_fail_after(-1);
+        log_ = log.codes();
+        stack_ = print(host_.errors());
+        EXPECT_EQ(host_.outstanding(), 0u);
+        EXPECT_EQ(result.overrun(), "");
+        return code;
+    }
+
+    // Row 1 failed, of three.
+    static void expect_second_failed(const Vector& result) {
+        EXPECT_EQ(result.valid(0), 1);
+        EXPECT_EQ(result.valid(1), 0);
+        EXPECT_TRUE(result.value_untouched(1));
+        EXPECT_TRUE(result.valid_untouched(2));
+    }
+
+    Vector result() { return Vector::result<int32_t>(host_, 3); }
+
+    Host host_;
+    ErrorCodes log_;
+    std::string stack_;
+    Constant one_ = Constant::of(int32_t{1});
+};
+
+TEST_F(LocateFails, WithoutImpliedBlanksNothingIsTaken) {
+    const std::string longer(500, 'x');
+    const Vector text = Vector::of<Text>(host_, {Text{longer + "b", 0}, Text{"b", 0}, Text{"", 0}});
+    const Vector pattern = Vector::of<Text>(host_, {Text{"b", 0}, Text{longer, 0}, Text{"", 0}});
+    Constant long_pattern = Constant::of(Text{longer, 0});
+    const Vector out = result();
+    EXPECT_EQ(
+        call(
+            out, [&] { return blocate_def_aa_str(host_.env(), host_.mem(), pattern.col(), text.col(), out.col(), 3); }, 0),
+        0);
+    EXPECT_EQ(out.get<int32_t>(0), 501);
+    EXPECT_EQ(call(
+                  out,
+                  [&] {
+                      return blocate_vav_str(host_.env(), host_.mem(), long_pattern.scalar(), text.col(), one_.scalar(),
+                                             out.col(), 3);
+                  },
+                  0),
+              0);
+    EXPECT_EQ(out.get<int32_t>(0), 1);
+}
+
+TEST_F(LocateFails, ARowThatCannotBeWrittenOutIsLoggedAndCleared) {
+    const Vector text = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 1}, Text{"b", 0}});
+    const Vector pattern = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 0}, Text{"b", 0}});
+    const Vector blank_pattern = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 1}, Text{"b", 0}});
+    Constant short_constant = Constant::of(Text{"b", 1});
+    qz_env* const env = host_.env();
+    rt_memobj* const mem = host_.mem();
+    const std::vector<std::function<int32_t(bdta3_col*)>> forms = {
+        [&](bdta3_col* out) { return blocate_aav_str(env, mem, pattern.col(), text.col(), one_.scalar(), out, 3); },
+        [&](bdta3_col* out) { return blocate_aav_str(env, mem, blank_pattern.col(), pattern.col(), one_.scalar(), out, 3); },
+        [&](bdta3_col* out) {
+            return blocate_avv_str(env, mem, blank_pattern.col(), short_constant.scalar(), one_.scalar(), out, 3);
+        },
+        [&](bdta3_col* out) { return blocate_vav_str(env, mem, short_constant.scalar(), text.col(), one_.scalar(), out, 3); },
+        [&](bdta3_col* out) { return blocate_def_aa_str(env, mem, pattern.col(), text.col(), out, 3); },
+        [&](bdta3_col* out) { return blocate_def_aa_str(env, mem, blank_pattern.col(), pattern.col(), out, 3); },
+        [&](bdta3_col* out) { return blocate_def_av_str(env, mem, blank_pattern.col(), short_constant.scalar(), out, 3); },
+        [&](bdta3_col* out) { return blocate_def_va_str(env, mem, short_constant.scalar(), text.col(), out, 3); },
+    };
+    for (size_t i = 0; i < forms.size(); ++i) {
+        SCOPED_TRACE(i);
+        const Vector out = result();
+        EXPECT_EQ(call(
+                      out, [&] { return forms[i](out.col()); }, 0),
+                  EC_OUT_OF_MEMORY);
+        EXPECT_EQ(stack_, "empty");
+        EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+        expect_second_failed(out);
+        EXPECT_EQ(call(out, [&] { return forms[i](out.col()); }), 0);
+        EXPECT_EQ(out.valid(2), 1);
+    }
+}
+
+// The pattern fails behind the text, whose block is given back.
+TEST_F(LocateFails, ATextIsGivenBackWhenItsPatternFails) {
+    const Vector text = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 1}, Text{"b", 0}});
+    const Vector pattern = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 1}, Text{"b", 0}});
+    const Vector out = result();
+    EXPECT_EQ(
+        call(
+            out, [&] { return blocate_def_aa_str(host_.env(), host_.mem(), pattern.col(), text.col(), out.col(), 3); }, 1),
+        EC_OUT_OF_MEMORY);
+    EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+    expect_second_failed(out);
+}
+
+TEST_F(LocateFails, AConstantIsWrittenOutByTheFirstRowThatNeedsItAndForAll) {
+    Vector text = Vector::of<Text>(host_, {Text{"", 0}, Text{"b", 0}, Text{std::string("b") + std::string(48, ' '), 0}});
+    Constant pattern = Constant::of(Text{"b", 48});
+    const auto locate = [&](const Vector& out) {
+        return blocate_def_va_str(host_.env(), host_.mem(), pattern.scalar(), text.col(), out.col(), 3);
+    };
+    const Vector failed = result();
+    EXPECT_EQ(call(
+                  failed, [&] { return locate(failed); }, 0),
+              EC_OUT_OF_MEMORY);
+    EXPECT_EQ(stack_, "empty");
+    EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+    expect_second_failed(failed);
+    const Vector out = result();
+    EXPECT_EQ(call(
+                  out, [&] { return locate(out); }, 1),
+              0);
+    EXPECT_EQ(out.get<int32_t>(1), 0);
+    EXPECT_EQ(out.get<int32_t>(2), 1);
+    // Rows of NULL need nothing, nor do starts below 1.
+    for (uint32_t i = 0; i < 3; ++i) text.set(i, support::to_cell(std::optional<Text>()), 0);
+    EXPECT_EQ(call(
+                  out, [&] { return locate(out); }, 0),
+              0);
+    const Vector pattern_vector = Vector::of<Text>(host_, {Text{"b", 9}, Text{"b", 9}, Text{"b", 9}});
+    Constant zero = Constant::of(int32_t{0});
+    EXPECT_EQ(call(
+                  out,
+                  [&] {
+                      return blocate_avv_str(host_.env(), host_.mem(), pattern_vector.col(), pattern.scalar(), zero.scalar(),
+                                             out.col(), 3);
+                  },
+                  0),
+              0);
+}
+
+TEST_F(LocateFails, AConstantLongerThanAnyStringFailsWithTheServicesCode) {
+    const Vector text = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 0}, Text{"b", 0}});
+    Constant pattern = Constant::of(Text{"b", UINT32_MAX});
+    const Vector out = result();
+    const auto locate = [&] {
+        return blocate_def_va_str(host_.env(), host_.mem(), pattern.scalar(), text.col(), out.col(), 3);
+    };
+    EXPECT_EQ(call(out, locate), EC_STRING_TOO_LONG);
+    EXPECT_EQ(stack_, "empty");
+    EXPECT_EQ(log_, ErrorCodes{EC_STRING_TOO_LONG});
+    EXPECT_EQ(out.valid(0), 0);
+    // And a row, before any memory is asked for.
+    const Vector long_text = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", UINT32_MAX}, Text{"b", 0}});
+    Constant letter = Constant::of(Text{"b", 0});
+    const Vector rows = result();
+    EXPECT_EQ(
+        call(rows,
+             [&] { return blocate_def_va_str(host_.env(), host_.mem(), letter.scalar(), long_text.col(), rows.col(), 3); }),
+        EC_OUT_OF_MEMORY);
+    EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+    expect_second_failed(rows);
+}
+
+}  // namespace
