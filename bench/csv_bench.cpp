@@ -118,12 +118,12 @@ void BM_libcsv(benchmark::State& state) {
 }
 BENCHMARK(BM_libcsv);
 
-void BM_read_column(benchmark::State& state, uint32_t column, ValueType type) {
+void BM_read_column(benchmark::State& state, uint32_t column, DeclaredType type) {
     OneBatch one;
     const Environment environment;
-    const Vector vector = make_vector(environment, type, one.batch.rows());
+    const Vector vector = make_vector(environment, type.type, one.batch.rows());
     for (auto _ : state) {
-        read_column(one.batch, column, {"x", type}, vector.get());
+        read_column(one.batch, column, {"x", type.type, type.characters}, vector.get(), environment);
         benchmark::ClobberMemory();
     }
     state.SetItemsProcessed(state.iterations() * one.batch.rows());
@@ -132,5 +132,6 @@ BENCHMARK_CAPTURE(BM_read_column, decimal, 0, ValueType::kDecimal);
 BENCHMARK_CAPTURE(BM_read_column, double, 0, ValueType::kDouble);
 BENCHMARK_CAPTURE(BM_read_column, bigint, 1, ValueType::kBigint);
 BENCHMARK_CAPTURE(BM_read_column, string, 0, ValueType::kString);
+BENCHMARK_CAPTURE(BM_read_column, char, 0, DeclaredType(ValueType::kString, 20));
 
 }  // namespace

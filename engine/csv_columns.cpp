@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cstring>
-#include <stdexcept>
+#include <new>
+#include <optional>
 
 #include "engine/datetime_text.h"
 #include "engine/host_objects.h"
 #include "engine/interval_text.h"
+#include "engine/kernels.h"
 #include "engine/letters.h"
+#include "engine/lob_values.h"
 #include "engine/value_text.h"
 #include "qzbifun/codes.h"
 
@@ -97,15 +100,21 @@ ValueType type_of(Kind kind) {
 
 // ---- Values ----------------------------------------------------------------------------------------------------------------------
 
+// what: the field is or has it, and is therefore no value of its column.
 [[noreturn]] void fail_field(const CsvBatch& batch, uint32_t row, const Column& column, const CsvBatch::Field& field,
-                             int32_t code) {
+                             const std::string& what) {
     constexpr size_t kShown = 60;
     std::string shown(field.text().substr(0, kShown));
     if (field.size > kShown) shown += "...";
+    throw InputError(fmt::format("line {}, column {}: '{}' {}; --type {}=string reads the column as text", batch.line(row),
+                                 column.name, shown, what, column.name));
+}
+
+[[noreturn]] void fail_field(const CsvBatch& batch, uint32_t row, const Column& column, const CsvBatch::Field& field,
+                             int32_t code) {
     const bool out_of_range = code == EC_DATA_OVERFLOW || code == EC_INTERVAL_OUT_OF_RANGE;
-    throw InputError(fmt::format("line {}, column {}: '{}' {} {}; --type {}=string reads the column as text", batch.line(row),
-                                 column.name, shown, out_of_range ? "is out of the range of" : "is no", type_name(column.type),
-                                 column.name));
+    fail_field(batch, row, column, field,
+               fmt::format("{} {}", out_of_range ? "is out of the range of" : "is no", type_name(column.type)));
 }
 
 int32_t parse_field(std::string_view text, int64_t& value) {
@@ -165,7 +174,9 @@ void read_intervals(const CsvBatch& batch, uint32_t column, const Column& type, 
     read_values<T>(batch, column, type, vector, [](std::string_view text, T& value) { return parse_interval(text, value); });
 }
 
-void read_strings(CsvBatch& batch, uint32_t column, bdta3_col* vector) {
+// make(row, field) gives the slot of a field that is not NULL.
+template <class Make>
+void read_slots(CsvBatch& batch, uint32_t column, bdta3_col* vector, Make make) {
     uint8_t* valid = vector->data->valid;
     bdta3_colstr* slots = values_of<bdta3_colstr>(vector);
     bool all = true;
@@ -173,17 +184,44 @@ void read_strings(CsvBatch& batch, uint32_t column, bdta3_col* vector) {
         const CsvBatch::Field field = batch.unescape(batch.field(row, column));
         valid[row] = field.size > 0 || field.quoted;
         all = all && valid[row] != 0;
-        slots[row] = {field.size, 0, field.begin};
+        slots[row] = valid[row] != 0 ? make(row, field) : bdta3_colstr{0, 0, field.begin};
+    }
+    vector->all_valid = all;
+}
+
+void read_strings(CsvBatch& batch, uint32_t column, bdta3_col* vector) {
+    read_slots(batch, column, vector, [](uint32_t, const CsvBatch::Field& field) {
+        return bdta3_colstr{field.size, 0, field.begin};
+    });
+}
+
+void read_chars(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector) {
+    read_slots(batch, column, vector, [&](uint32_t row, const CsvBatch::Field& field) {
+        if (const std::optional<bdta3_colstr> slot = as_char(field.begin, field.size, type.characters)) return *slot;
+        bdta3_colstr stored{field.size, 0, field.begin};
+        bdta3_colstr_trim(&stored, field.size);
+        fail_field(batch, row, type, field,
+                   fmt::format("has {} characters, more than {}", qz_mbstrlen_ex(stored.bytes, stored.len),
+                               type_name(type.declared())));
+    });
+}
+
+void read_lobs(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector, const Environment& environment) {
+    host_col_reset(vector);
+    bool all = true;
+    for (uint32_t row = 0; row < batch.rows(); ++row) {
+        const CsvBatch::Field field = batch.unescape(batch.field(row, column));
+        if (field.size == 0 && !field.quoted) {
+            all = false;
+            continue;
+        }
+        const int32_t code = store_lob(environment.env(), environment.batch_memory(), type.type, field.text(), vector, row);
+        if (code < 0) throw std::bad_alloc();
     }
     vector->all_valid = all;
 }
 
 }  // namespace
-
-bool is_readable(ValueType type) {
-    return is_numeric(type) || is_datetime(type) || is_interval(type) || type == ValueType::kString ||
-           type == ValueType::kBinary;
-}
 
 std::vector<ValueType> infer_types(const CsvBatch& batch, uint32_t columns) {
     std::vector<ValueType> types;
@@ -198,7 +236,7 @@ std::vector<ValueType> infer_types(const CsvBatch& batch, uint32_t columns) {
     return types;
 }
 
-void read_column(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector, int16_t session_zone) {
+void read_column(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector, const Environment& environment) {
     switch (type.type) {
         case ValueType::kInt:
             return read_numbers<int32_t>(batch, column, type, vector);
@@ -215,16 +253,19 @@ void read_column(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col
         case ValueType::kDatetime:
         case ValueType::kTimeTz:
         case ValueType::kDatetimeTz:
-            return read_datetimes(batch, column, type, session_zone, vector);
+            return read_datetimes(batch, column, type, environment.env()->session->session_tz, vector);
         case ValueType::kIntervalYm:
             return read_intervals<qz_interval_ym>(batch, column, type, vector);
         case ValueType::kIntervalDt:
             return read_intervals<qz_interval_dt>(batch, column, type, vector);
         case ValueType::kString:
+            if (type.characters > 0) return read_chars(batch, column, type, vector);
+            return read_strings(batch, column, vector);
         case ValueType::kBinary:
             return read_strings(batch, column, vector);
-        default:
-            throw std::logic_error("no fields of type " + std::string(type_name(type.type)));
+        case ValueType::kClob:
+        case ValueType::kBlob:
+            return read_lobs(batch, column, type, vector, environment);
     }
 }
 

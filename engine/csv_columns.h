@@ -12,15 +12,13 @@
 #include <vector>
 
 #include "engine/csv_reader.h"
+#include "engine/host_objects.h"
 #include "engine/plan.h"
 #include "engine/value_type.h"
 
 namespace qzengine {
 
 inline constexpr uint32_t kSampledRows = 1000;
-
-// Whether a field of a CSV file can be read as the type.
-bool is_readable(ValueType type);
 
 // The types that the first kSampledRows rows of an indexed batch fit, by column. Of whole numbers that fit bigint: bigint; of
 // numbers with at most 38 digits and without exponent: decimal; of other numbers: double; of dates such as 2024-02-29: date; of such
@@ -29,8 +27,10 @@ bool is_readable(ValueType type);
 std::vector<ValueType> infer_types(const CsvBatch& batch, uint32_t columns);
 
 // Stores a column's fields of an indexed batch in rows 0 to batch.rows()-1 of a vector. Strings and binary data are not copied: they
-// stand in the batch, in which doubled quotes are made single. A date-time that names no zone gets the session's if its type has one. InputError names line and column of a field that does not fit.
-void read_column(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector, int16_t session_zone = 0);
+// stand in the batch, in which doubled quotes are made single; the blanks at the end of a char(n) are left out and implied. LOBs are
+// made in the environment. A date-time that names no zone gets the session's if its type has one. InputError names line and column
+// of a field that does not fit.
+void read_column(CsvBatch& batch, uint32_t column, const Column& type, bdta3_col* vector, const Environment& environment);
 
 }  // namespace qzengine
 

@@ -23,11 +23,11 @@ CsvTable::CsvTable(ByteSource source, const std::vector<TypeOverride>& overrides
     }
     for (uint32_t i = 0; i < count; ++i) columns_.push_back({reader_.names()[i], types[i]});
     for (const auto& [name, type] : overrides) {
-        if (!is_readable(type)) throw UsageError(fmt::format("a column of a CSV file cannot be of type {}", type_name(type)));
         bool found = false;
         for (Column& column : columns_) {
             if (!same_letters(column.name, name)) continue;
-            column.type = type;
+            column.type = type.type;
+            column.characters = type.characters;
             found = true;
         }
         if (!found) throw UsageError(fmt::format("there is no column {} to give the type {}", name, type_name(type)));
@@ -106,10 +106,11 @@ class QueryRun {
 
     void evaluate(Worker& worker) {
         table_.index(worker.batch);
+        worker.evaluator.begin_batch();
         for (size_t i = 0; i < plan_.columns_read.size(); ++i) {
             const uint32_t column = plan_.columns_read[i];
             read_column(worker.batch, column, table_.columns()[column], worker.evaluator.input(i),
-                        options_.session.time_zone.value_or(0));
+                        worker.evaluator.environment());
         }
         worker.rows = worker.evaluator.run(worker.batch.rows());
         worker.text.clear();

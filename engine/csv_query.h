@@ -21,13 +21,13 @@
 
 namespace qzengine {
 
-using TypeOverride = std::pair<std::string, ValueType>;
+using TypeOverride = std::pair<std::string, DeclaredType>;
 
 // A CSV file whose columns have types.
 class CsvTable {
   public:
     // Reads the first batch, since its rows tell the types; overrides name columns in any case of letters. InputError, and UsageError
-    // for an override of a column that does not exist or a type that cannot be read.
+    // for an override of a column that does not exist.
     CsvTable(ByteSource source, const std::vector<TypeOverride>& overrides, CsvLimits limits = {});
 
     const std::vector<Column>& columns() const { return columns_; }

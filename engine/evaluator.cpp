@@ -58,7 +58,6 @@ Evaluator::Evaluator(const Plan& plan, uint32_t rows, const SessionSettings& set
 }
 
 uint32_t Evaluator::run(uint32_t nrows) {
-    environment_.renew_batch_memory();
     uint32_t rows = nrows;
     narrowed_ = false;
     for (bdta3_col* input : inputs_) input->sel = nullptr;
@@ -102,6 +101,11 @@ void Evaluator::evaluate(NodeId id, uint32_t nrows) {
         const int32_t code =
             cast->cast->kernel(environment_.env(), environment_.batch_memory(), argument(0), result, nrows, &failed);
         if (code < 0) fail(node, cast->cast->name(), code, failed);
+    } else if (const CharStep* fixed = std::get_if<CharStep>(&node.what)) {
+        host_col_reset(result);
+        const int32_t code =
+            make_char(environment_.env(), environment_.batch_memory(), fixed->characters, argument(0), result, nrows);
+        if (code < 0) throw std::bad_alloc();
     } else if (const CompareStep* comparison = std::get_if<CompareStep>(&node.what)) {
         const auto operand = [&](size_t i) {
             const NodeId from = node.arguments[i];

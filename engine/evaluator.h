@@ -1,7 +1,8 @@
 /*
  * Evaluates a plan, batch by batch.
  *
- * The caller fills the input vectors with the rows of a batch, runs it, and reads the results, which stand until the next run.
+ * The caller begins a batch, fills the input vectors with its rows, runs it, and reads the results, which stand until the next one
+ * begins.
  * Vectors are made once and used for every batch. An evaluator belongs to one thread; several evaluate one plan at once.
  */
 #ifndef QZENGINE_EVALUATOR_H
@@ -25,6 +26,9 @@ class Evaluator {
   public:
     // rows: the most rows of a batch, 1 to kMaxBatchRows. The plan outlives the evaluator.
     Evaluator(const Plan& plan, uint32_t rows, const SessionSettings& settings = {});
+
+    // Gives back what the last batch took, its results too. To be called before the input of the next batch is filled.
+    void begin_batch() { environment_.begin_batch(); }
 
     // The vector of plan.columns_read[i], to be filled: valid, values and all_valid; a NULL row holds zeros.
     bdta3_col* input(size_t i) const { return inputs_[i]; }

@@ -38,6 +38,9 @@ std::string step_text(const Plan& plan, const Node& node) {
     if (const NullTestStep* test = std::get_if<NullTestStep>(&node.what)) {
         return fmt::format("is {}null ({})", test->negated ? "not " : "", arguments);
     }
+    if (std::holds_alternative<CharStep>(node.what)) {
+        return fmt::format("{} ({})", node.characters > 0 ? type_name(node.declared()) : "blanks written out", arguments);
+    }
     if (std::holds_alternative<SpreadStep>(node.what)) return fmt::format("spread ({})", arguments);
     if (std::holds_alternative<CopyStep>(node.what)) return fmt::format("copy ({})", arguments);
     if (std::holds_alternative<ConditionStep>(node.what)) return fmt::format("condition ({})", arguments);
@@ -53,11 +56,12 @@ void explain_node(const Plan& plan, NodeId id, std::vector<bool>& shown, std::st
     if (std::holds_alternative<ConstantValue>(node.what)) {
         // A literal says all about itself where it is used.
         if (node.reason.starts_with("folded")) {
-            out += fmt::format("  {} is {}, {}: {}\n", node.text, argument_text(plan, id), type_name(node.type), node.reason);
+            out += fmt::format("  {} is {}, {}: {}\n", node.text, argument_text(plan, id), type_name(node.declared()),
+                               node.reason);
         }
         return;
     }
-    out += fmt::format("  #{} = {}: {}\n", id, node.text, type_name(node.type));
+    out += fmt::format("  #{} = {}: {}\n", id, node.text, type_name(node.declared()));
     out += fmt::format("      by {}; {}\n", step_text(plan, node), node.reason);
 }
 

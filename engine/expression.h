@@ -64,7 +64,7 @@ struct Call {
 };
 
 struct CastTo {
-    ValueType type;
+    DeclaredType type;
 };
 
 enum class ComparisonOperator { kEqual, kNotEqual, kLess, kLessEqual, kGreater, kGreaterEqual };

@@ -25,7 +25,8 @@ void Environment::release() {
     host_env_destroy(env_);
 }
 
-void Environment::renew_batch_memory() {
+void Environment::begin_batch() {
+    host_lob_release_all(env_);
     if (host_memobj_outstanding(batch_memory_) == 0) return;
     host_memobj_destroy(batch_memory_);
     batch_memory_ = host_memobj_create(env_);

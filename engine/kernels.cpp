@@ -278,6 +278,28 @@ int32_t negate(ValueType type, const bdta3_col* operand, bdta3_col* result, uint
     }
 }
 
+int32_t make_char(qz_env* env, rt_memobj* rt_mem, uint32_t characters, const bdta3_col* operand, bdta3_col* result,
+                  uint32_t nrows) {
+    std::string written;
+    for (uint32_t i = 0; i < nrows; ++i) {
+        const uint32_t p = physical_row(operand, i);
+        if (operand->data->valid[p] == 0) continue;
+        bdta3_colstr made = values_of<bdta3_colstr>(operand)[p];
+        if (characters == 0) {
+            written.assign(std::string_view(made.bytes, made.len)).append(made.blank, ' ');
+            made = {static_cast<uint32_t>(written.size()), 0, written.data()};
+        } else if (const std::optional<bdta3_colstr> whole = as_char(made.bytes, made.len, characters)) {
+            made = *whole;
+        } else {
+            made = *as_char(made.bytes, qz_mbget_bytelen(made.bytes, made.len, characters), characters);
+        }
+        const int32_t code = bdta3_col_assign_str(env, rt_mem, result, i, made.bytes, made.len, made.blank);
+        if (code < 0) return code;
+    }
+    result->all_valid = operand->all_valid;
+    return 0;
+}
+
 uint32_t select_true(const bdta3_col* condition, uint32_t nrows, uint16_t* rows) {
     const uint8_t* valid = condition->data->valid;
     const int32_t* values = values_of<int32_t>(condition);

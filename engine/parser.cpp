@@ -394,12 +394,26 @@ class Parser {
         expect_symbol("(");
         Expression value = disjunction();
         expect_keyword("as");
-        const std::optional<ValueType> type =
-            token_.kind == TokenKind::kWord ? type_from_name(token_.text) : std::optional<ValueType>();
-        if (!type) fail(fmt::format("expected a type, such as int, decimal or string, {}", found()));
-        advance();
+        const DeclaredType type = declared_type();
         expect_symbol(")");
-        return with_argument(begin, CastTo{*type}, std::move(value));
+        return with_argument(begin, CastTo{type}, std::move(value));
+    }
+
+    // A name, and for char a number in parentheses.
+    DeclaredType declared_type() {
+        const Token name = token_;
+        if (name.kind != TokenKind::kWord) fail(fmt::format("expected a type, such as int or char(20), {}", found()));
+        advance();
+        std::optional<std::string> characters;
+        if (accept_symbol("(")) {
+            characters = text_.substr(token_.begin, token_.end - token_.begin);
+            advance();
+            expect_symbol(")");
+        }
+        std::string problem;
+        const std::optional<DeclaredType> type = declare_type(name.text, characters, problem);
+        if (!type) throw QueryError(text_, name.begin, problem);
+        return *type;
     }
 
     template <class What>

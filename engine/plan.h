@@ -29,6 +29,9 @@ class Catalog;
 struct Column {
     std::string name;
     ValueType type;
+    uint32_t characters = 0;  // of char(n), otherwise 0
+
+    DeclaredType declared() const { return {type, characters}; }
 };
 
 using NodeId = uint32_t;
@@ -49,6 +52,11 @@ struct CallStep {
 
 struct CastStep {
     const Cast* cast;
+};
+
+// A string made a char(n), or with 0 characters a string with its implied blanks written out.
+struct CharStep {
+    uint32_t characters;
 };
 
 // A constant in every row of a vector.
@@ -78,12 +86,15 @@ struct NegateStep {};
 
 struct Node {
     ValueType type;
-    std::variant<ColumnRead, ConstantValue, CallStep, CastStep, SpreadStep, CopyStep, ConditionStep, CompareStep, LogicStep,
-                 NullTestStep, NegateStep>
+    std::variant<ColumnRead, ConstantValue, CallStep, CastStep, CharStep, SpreadStep, CopyStep, ConditionStep, CompareStep,
+                 LogicStep, NullTestStep, NegateStep>
         what;
     std::vector<NodeId> arguments;
-    std::string text;    // the expression that the node computes, as written
-    std::string reason;  // why it is computed so, for people
+    std::string text;         // the expression that the node computes, as written
+    std::string reason;       // why it is computed so, for people
+    uint32_t characters = 0;  // of char(n), otherwise 0
+
+    DeclaredType declared() const { return {type, characters}; }
 };
 
 struct Output {

@@ -10,6 +10,7 @@
 #include "engine/interval_text.h"
 #include "engine/kernels.h"
 #include "engine/letters.h"
+#include "engine/lob_values.h"
 #include "engine/plan.h"
 #include "engine/value_text.h"
 #include "qzbifun/codes.h"
@@ -49,6 +50,8 @@ std::optional<std::string_view> as_word(const Expression& expression) {
     if (const StringLiteral* text = std::get_if<StringLiteral>(&expression.what)) return text->text;
     return std::nullopt;
 }
+
+constexpr const char* kFolded = "folded: all arguments are constant";
 
 class Planner {
   public:
@@ -106,7 +109,12 @@ class Planner {
 
     NodeId as_vector(NodeId node) {
         if (constant_of(node) == nullptr) return node;
-        return add({type_of(node), SpreadStep{}, {node}, plan_.nodes[node].text, "the constant in every row"});
+        return add({type_of(node),
+                    SpreadStep{},
+                    {node},
+                    plan_.nodes[node].text,
+                    "the constant in every row",
+                    plan_.nodes[node].characters});
     }
 
     // Gives an untyped NULL a type.
@@ -129,7 +137,7 @@ class Planner {
             argument = static_cast<NodeId>(one_row.nodes.size() - 1);
         }
         std::string text = step.text;
-        const ValueType type = step.type;
+        const DeclaredType type = step.declared();
         spread_where_needed(one_row, step);
         one_row.nodes.push_back(std::move(step));
         one_row.outputs.push_back({"", static_cast<NodeId>(one_row.nodes.size() - 1)});
@@ -142,7 +150,9 @@ class Planner {
             failure.row = Failure::kNoRow;
             throw EvaluationError(std::move(failure));
         }
-        return add_constant(load_constant(type, evaluator.result(0), 0), std::move(text), "folded: all arguments are constant");
+        const NodeId folded = add_constant(load_constant(type.type, evaluator.result(0), 0), std::move(text), kFolded);
+        plan_.nodes[folded].characters = type.characters;
+        return folded;
     }
 
     // Arguments that the step takes as vectors.
@@ -247,7 +257,7 @@ class Planner {
         const auto [entry, added] = column_nodes_.try_emplace(*found, NodeId{0});
         if (added) {
             const Column& column = columns_[*found];
-            entry->second = add({column.type, ColumnRead{*found}, {}, column.name, "column of the input"});
+            entry->second = add({column.type, ColumnRead{*found}, {}, column.name, "column of the input", column.characters});
         }
         return {entry->second};
     }
@@ -264,17 +274,25 @@ class Planner {
 
     Planned plan_what(const Expression& expression, const CastTo& cast) {
         const Planned planned = plan_expression(expression.arguments[0]);
-        const NodeId node = typed(planned, cast.type);
-        if (type_of(node) == cast.type) return {node};
-        if (find_cast(type_of(node), cast.type) == nullptr) {
+        const ValueType type = cast.type.type;
+        const NodeId node = typed(planned, type);
+        if (type_of(node) != type && find_cast(type_of(node), type) == nullptr) {
             fail(expression, fmt::format("there is no cast from {} to {}", type_name(type_of(node)), type_name(cast.type)));
         }
-        return {add_cast(node, cast.type, text_of(expression), "explicit")};
+        const NodeId made = add_cast(node, type, text_of(expression), "explicit");
+        if (plan_.nodes[made].declared() == cast.type) return {made};
+        return {
+            add_step({type, CharStep{cast.type.characters}, {made}, text_of(expression), "explicit", cast.type.characters})};
     }
 
     // The cast exists, or the types are the same.
     NodeId add_cast(NodeId node, ValueType type, std::string text, std::string reason) {
         if (type_of(node) == type) return node;
+        if (const Constant* constant = constant_of(node); constant != nullptr && is_lob(type) && !constant->is_null()) {
+            const SlotValue& value = std::get<SlotValue>(constant->value);
+            SlotValue locator{in_row_locator(type, value.bytes + std::string(value.blank, ' ')), 0};
+            return add_constant({type, std::move(locator)}, std::move(text), kFolded);
+        }
         return add_step({type, CastStep{find_cast(type_of(node), type)}, {node}, std::move(text), std::move(reason)});
     }
 
@@ -285,7 +303,10 @@ class Planner {
         const ValueType right_type = type_of(right.untyped_null ? left.node : right.node);
         const std::optional<ValueType> type = common_type(left_type, right_type);
         if (!type) {
-            const bool castable = find_cast(left_type, right_type) != nullptr || find_cast(right_type, left_type) != nullptr;
+            const auto castable_to = [](ValueType from, ValueType to) {
+                return is_comparable(to) && find_cast(from, to) != nullptr;
+            };
+            const bool castable = castable_to(left_type, right_type) || castable_to(right_type, left_type);
             fail(expression, fmt::format("cannot compare {} with {}{}", type_name(left_type), type_name(right_type),
                                          castable ? "; write CAST(value AS type) for one of them" : ""));
         }
@@ -427,7 +448,12 @@ class Planner {
                                                       : std::string(type_name(type_of(argument.planned->node)));
         }
         std::string text = fmt::format("{}({}) does not exist; there is", overloads[0].name, types);
-        return text + signatures(overloads);
+        text += signatures(overloads);
+        const bool has_lob = std::any_of(arguments.begin(), arguments.end(), [&](const Argument& argument) {
+            return argument.planned && is_lob(type_of(argument.planned->node));
+        });
+        if (has_lob) text += "\nwrite CAST(value AS string) for a clob, CAST(value AS binary) for a blob";
+        return text;
     }
 
     static std::string signatures(std::span<const Function> overloads) {
@@ -450,8 +476,8 @@ class Planner {
             return add_constant({function.result, {}}, std::move(text), "folded: an argument is NULL");
         }
         const Form& form = choose_form(expression, function, nodes);
-        // A LOB lives in the environment that made it, so that a call with such a result is not computed ahead.
-        const bool folds = all_constant(nodes) && function.result != ValueType::kClob && function.result != ValueType::kBlob;
+        // A LOB may live in the environment that made it, so that a call with such a result is not computed ahead.
+        const bool folds = all_constant(nodes) && !is_lob(function.result);
         std::string reason = folds ? "" : describe_form(function, form, nodes);
         if (!folds) fit_arguments(function, form, nodes);
         Node step{function.result, CallStep{&function, &form}, std::move(nodes), std::move(text), std::move(reason)};

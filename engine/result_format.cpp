@@ -13,11 +13,15 @@ namespace {
 struct ResultColumn {
     std::string name;
     ValueType type;
+    bool is_char;  // its implied blanks are its type's, and not written out
 };
 
 std::vector<ResultColumn> columns_of(const Plan& plan) {
     std::vector<ResultColumn> columns;
-    for (const Output& output : plan.outputs) columns.push_back({output.name, plan.nodes[output.node].type});
+    for (const Output& output : plan.outputs) {
+        const Node& node = plan.nodes[output.node];
+        columns.push_back({output.name, node.type, node.characters > 0});
+    }
     return columns;
 }
 
@@ -36,8 +40,19 @@ void for_each_value(const Evaluator& evaluator, size_t columns, uint32_t count, 
     }
 }
 
-// A slot whose bytes go out as they are; those of binary data go out as digits.
-bool is_text_slot(ValueType type) { return is_slot(type) && type != ValueType::kBinary; }
+// A value whose bytes go out as they are; those of binary data go out as digits.
+bool is_text(ValueType type) { return type == ValueType::kString || type == ValueType::kClob; }
+
+struct Text {
+    std::string_view bytes;
+    uint32_t blank;
+};
+
+Text text_in(qz_env* env, const ResultColumn& column, const bdta3_col* vector, uint32_t row, std::string& storage) {
+    const bdta3_colstr& slot = values_of<bdta3_colstr>(vector)[row];
+    if (column.type == ValueType::kClob) return {lob_text(env, column.type, slot, storage), 0};
+    return {{slot.bytes, slot.len}, column.is_char ? 0 : slot.blank};
+}
 
 // ---- CSV -------------------------------------------------------------------------------------------------------------------------
 
@@ -74,16 +89,18 @@ class CsvWriter : public ResultWriter {
 
     void rows(const Evaluator& evaluator, uint32_t count, TextBuffer& out) override {
         const size_t last = columns_.size() - 1;
+        qz_env* env = evaluator.environment().env();
+        std::string storage;
         for_each_value(
             evaluator, columns_.size(), count,
             [&](size_t column, const bdta3_col* vector, uint32_t row) {
-                if (columns_[column].type == ValueType::kBinary && values_of<bdta3_colstr>(vector)[row].len == 0) {
-                    out.append("\"\"");  // an empty field would be NULL
-                } else if (is_text_slot(columns_[column].type)) {
-                    const bdta3_colstr& slot = values_of<bdta3_colstr>(vector)[row];
-                    append_csv_text(out, {slot.bytes, slot.len}, slot.blank);
+                if (is_text(columns_[column].type)) {
+                    const Text text = text_in(env, columns_[column], vector, row, storage);
+                    append_csv_text(out, text.bytes, text.blank);
                 } else {
-                    append_value_text(out, columns_[column].type, vector, row);
+                    const size_t begin = out.size();
+                    append_value_text(out, env, columns_[column].type, vector, row);
+                    if (out.size() == begin) out.append("\"\"");  // an empty field would be NULL
                 }
                 out.append(column == last ? '\n' : ',');
             },
@@ -136,11 +153,12 @@ class JsonWriter : public ResultWriter {
 
     void rows(const Evaluator& evaluator, uint32_t count, TextBuffer& out) override {
         if (count > 0) out.append('\n');
+        qz_env* env = evaluator.environment().env();
         for_each_value(
             evaluator, columns_.size(), count,
             [&](size_t column, const bdta3_col* vector, uint32_t row) {
                 out.append(keys_[column]);
-                append_json(out, columns_[column].type, vector, row);
+                append_json(out, env, columns_[column], vector, row);
             },
             [&](size_t column) {
                 out.append(keys_[column]);
@@ -150,14 +168,15 @@ class JsonWriter : public ResultWriter {
     }
 
   private:
-    static void append_json(TextBuffer& out, ValueType type, const bdta3_col* vector, uint32_t row) {
-        if (is_json_number(type, vector, row)) return append_value_text(out, type, vector, row);
-        if (is_text_slot(type)) {
-            const bdta3_colstr& slot = values_of<bdta3_colstr>(vector)[row];
-            return append_json_text(out, {slot.bytes, slot.len}, slot.blank);
+    static void append_json(TextBuffer& out, qz_env* env, const ResultColumn& column, const bdta3_col* vector, uint32_t row) {
+        if (is_json_number(column.type, vector, row)) return append_value_text(out, env, column.type, vector, row);
+        if (is_text(column.type)) {
+            std::string storage;
+            const Text text = text_in(env, column, vector, row, storage);
+            return append_json_text(out, text.bytes, text.blank);
         }
         TextBuffer text;
-        append_value_text(text, type, vector, row);
+        append_value_text(text, env, column.type, vector, row);
         append_json_text(out, text.view(), 0);
     }
 
@@ -203,11 +222,19 @@ class TableWriter : public ResultWriter {
     void rows(const Evaluator& evaluator, uint32_t count, TextBuffer& out) override {
         std::vector<std::vector<std::string>> lines(count);
         uint32_t line = 0;
+        qz_env* env = evaluator.environment().env();
+        std::string storage;
         for_each_value(
             evaluator, columns_.size(), count,
             [&](size_t column, const bdta3_col* vector, uint32_t row) {
                 TextBuffer text;
-                append_value_text(text, columns_[column].type, vector, row);
+                if (is_text(columns_[column].type)) {
+                    const Text value = text_in(env, columns_[column], vector, row, storage);
+                    text.append(value.bytes);
+                    text.append(value.blank, ' ');
+                } else {
+                    append_value_text(text, env, columns_[column].type, vector, row);
+                }
                 lines[line].push_back(printable(text.view()));
             },
             [&](size_t) { lines[line].emplace_back("NULL"); }, [&](uint32_t) { ++line; });

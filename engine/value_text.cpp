@@ -1,15 +1,18 @@
 #include "engine/value_text.h"
 
+#include <fmt/format.h>
+
 #include <charconv>
 #include <cmath>
-#include <stdexcept>
 #include <utility>
 
 #include "engine/datetime_text.h"
 #include "engine/interval_text.h"
 #include "engine/letters.h"
+#include "engine/lob_values.h"
 #include "qzbifun/codes.h"
 #include "qzhost/decimal.h"
+#include "qzhost/lob.h"
 #include "qzhost/number_text.h"
 
 namespace qzengine {
@@ -81,7 +84,17 @@ void append_hex(TextBuffer& out, std::string_view bytes) {
     out.commit(2 * bytes.size());
 }
 
-void append_value_text(TextBuffer& out, ValueType type, const bdta3_col* vector, uint32_t row) {
+std::string_view lob_text(qz_env* env, ValueType type, const bdta3_colstr& slot, std::string& storage) {
+    std::string_view value;
+    const int32_t code = read_lob(env, slot, storage, value);
+    if (code == 0) return value;
+    Failure failure;
+    failure.call = failure.operation = "reading a " + std::string(type_name(type));
+    failure.code = code;
+    throw EvaluationError(std::move(failure));
+}
+
+void append_value_text(TextBuffer& out, qz_env* env, ValueType type, const bdta3_col* vector, uint32_t row) {
     switch (type) {
         case ValueType::kInt:
             return append_text(out, values_of<int32_t>(vector)[row]);
@@ -109,10 +122,45 @@ void append_value_text(TextBuffer& out, ValueType type, const bdta3_col* vector,
             return append_interval(out, values_of<qz_interval_ym>(vector)[row]);
         case ValueType::kIntervalDt:
             return append_interval(out, values_of<qz_interval_dt>(vector)[row]);
-        default:
-            throw std::logic_error("no text form of type " + std::string(type_name(type)));
+        case ValueType::kClob:
+        case ValueType::kBlob: {
+            std::string storage;
+            const std::string_view value = lob_text(env, type, values_of<bdta3_colstr>(vector)[row], storage);
+            return type == ValueType::kClob ? out.append(value) : append_hex(out, value);
+        }
     }
 }
+
+namespace {
+
+void describe_bytes(TextBuffer& out, bool binary, std::string_view bytes, uint32_t blank) {
+    out.append(binary ? "X'" : "'");
+    if (binary) {
+        append_hex(out, bytes);
+    } else {
+        for (char c : bytes) {
+            if (c == '\'') out.append(c);
+            out.append(c);
+        }
+    }
+    out.append(blank, ' ');
+    out.append('\'');
+}
+
+// The value where it stands in the locator, otherwise its length.
+void describe_lob(TextBuffer& out, ValueType type, std::string locator) {
+    const bdta3_colstr slot{static_cast<uint32_t>(locator.size()), 0, locator.data()};
+    std::string storage;
+    std::string_view value;
+    if (slot.len == 0 || nblob_is_in_row_for_colstr_fast(&slot) != 0) {
+        read_lob(nullptr, slot, storage, value);
+        describe_bytes(out, type == ValueType::kBlob, value, 0);
+    } else {
+        out.append(fmt::format("a {} of {} bytes", type_name(type), nblob_get_len_for_colstr_fast(&slot)));
+    }
+}
+
+}  // namespace
 
 std::string describe(const Constant& constant) {
     if (constant.is_null()) return "NULL";
@@ -129,18 +177,10 @@ std::string describe(const Constant& constant) {
         out.append("INTERVAL '");
         append_interval(out, *time);
         out.append("' DAY TO SECOND");
-    } else if (constant.type == ValueType::kBinary) {
-        out.append("X'");
-        append_hex(out, std::get<SlotValue>(constant.value).bytes);
-        out.append('\'');
+    } else if (is_lob(constant.type)) {
+        describe_lob(out, constant.type, std::get<SlotValue>(constant.value).bytes);
     } else if (const SlotValue* slot = std::get_if<SlotValue>(&constant.value)) {
-        out.append('\'');
-        for (char c : slot->bytes) {
-            if (c == '\'') out.append(c);
-            out.append(c);
-        }
-        out.append(slot->blank, ' ');
-        out.append('\'');
+        describe_bytes(out, constant.type == ValueType::kBinary, slot->bytes, slot->blank);
     } else {
         std::visit(
             [&]<class T>(const T& value) {

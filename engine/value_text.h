@@ -2,8 +2,8 @@
  * Text of values, and values of text: the plain forms that CSV fields, results and casts share.
  *
  * Integers in digits; decimals with the digits behind the point that they show; doubles and floats as the shortest text that
- * reads back as the same number. Text of a string is its bytes and its blanks written out, text of binary data its bytes in
- * hexadecimal digits. Texts of dates and times stand in engine/datetime_text.h,
+ * reads back as the same number. Text of a string is its bytes and its blanks written out, text of a CLOB its value, text of
+ * binary data and of a BLOB the bytes in hexadecimal digits. Texts of dates and times stand in engine/datetime_text.h,
  * those of intervals in engine/interval_text.h.
  */
 #ifndef QZENGINE_VALUE_TEXT_H
@@ -28,8 +28,11 @@ void append_text(TextBuffer& out, const bdta3_colstr& value);
 // Two digits a byte, in upper case.
 void append_hex(TextBuffer& out, std::string_view bytes);
 
-// The value in a physical row, which is not NULL. std::logic_error for a type that has no text form.
-void append_value_text(TextBuffer& out, ValueType type, const bdta3_col* vector, uint32_t row);
+// The value in a physical row, which is not NULL. EvaluationError for a LOB that cannot be read.
+void append_value_text(TextBuffer& out, qz_env* env, ValueType type, const bdta3_col* vector, uint32_t row);
+
+// The value of a LOB: in the slot, or else in storage. EvaluationError when it cannot be read.
+std::string_view lob_text(qz_env* env, ValueType type, const bdta3_colstr& slot, std::string& storage);
 
 // A constant for people, as its literal: strings in quotes, NULL as NULL.
 std::string describe(const Constant& constant);

@@ -1,7 +1,11 @@
 #include "engine/value_type.h"
 
+#include <fmt/format.h>
+
 #include <algorithm>
 #include <array>
+#include <charconv>
+#include <vector>
 
 #include "engine/letters.h"
 #include "qzhost/control.h"
@@ -48,17 +52,52 @@ constexpr std::array<ValueType, kTypes.size()> kAllTypes = [] {
     return types;
 }();
 
+// Names that stand for types of other names.
+constexpr std::string_view kVarying = "varchar";
+constexpr std::string_view kFixed = "char";
+
+std::string list_of_types() {
+    std::vector<std::string_view> names;
+    for (const TypeRow& row : kTypes) names.push_back(row.name);
+    return fmt::format("{}, char(n) and varchar, which is string", fmt::join(names, ", "));
+}
+
+std::optional<uint32_t> read_characters(std::string_view text) {
+    uint32_t n = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), n);
+    if (error != std::errc() || end != text.data() + text.size() || n < 1 || n > kMostCharacters) return std::nullopt;
+    return n;
+}
+
 }  // namespace
 
 std::span<const ValueType> all_value_types() { return kAllTypes; }
 
 std::string_view type_name(ValueType type) { return kTypes[static_cast<size_t>(type)].name; }
 
-std::optional<ValueType> type_from_name(std::string_view name) {
+std::string type_name(const DeclaredType& type) {
+    return type.characters > 0 ? fmt::format("{}({})", kFixed, type.characters) : std::string(type_name(type.type));
+}
+
+std::optional<DeclaredType> declare_type(std::string_view name, std::optional<std::string_view> characters,
+                                         std::string& problem) {
+    if (same_letters(name, kFixed)) {
+        const std::optional<uint32_t> n = characters ? read_characters(*characters) : std::nullopt;
+        if (n) return DeclaredType(ValueType::kString, *n);
+        problem = fmt::format("char wants a number of characters from 1 to {}, such as char(20)", kMostCharacters);
+        return std::nullopt;
+    }
+    const std::string_view wanted = same_letters(name, kVarying) ? type_name(ValueType::kString) : name;
     const auto* found =
-        std::find_if(kTypes.begin(), kTypes.end(), [&](const TypeRow& row) { return same_letters(row.name, name); });
-    if (found == kTypes.end()) return std::nullopt;
-    return found->type;
+        std::find_if(kTypes.begin(), kTypes.end(), [&](const TypeRow& row) { return same_letters(row.name, wanted); });
+    if (found == kTypes.end()) {
+        problem = fmt::format("{} is no type; there are {}", name, list_of_types());
+    } else if (characters) {
+        problem = fmt::format("{} takes nothing in parentheses; only char does", name);
+    } else {
+        return DeclaredType(found->type);
+    }
+    return std::nullopt;
 }
 
 int32_t host_type(ValueType type) { return kTypes[static_cast<size_t>(type)].host; }

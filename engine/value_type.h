@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 
 namespace qzengine {
@@ -38,8 +39,25 @@ std::span<const ValueType> all_value_types();
 // The name by which expressions, options and messages know the type: "bigint", "interval_ym".
 std::string_view type_name(ValueType type);
 
-// The type of that name, in any case of letters; nothing for an unknown name.
-std::optional<ValueType> type_from_name(std::string_view name);
+// A type as columns and casts declare it: char(n) is a string of n characters, the blanks at its end implied.
+struct DeclaredType {
+    ValueType type;
+    uint32_t characters = 0;  // n of char(n), and 0 for every other type
+
+    constexpr DeclaredType(ValueType of) : type(of) {}  // NOLINT(google-explicit-constructor): most types are no more
+    constexpr DeclaredType(ValueType of, uint32_t n) : type(of), characters(n) {}
+    bool operator==(const DeclaredType&) const = default;
+};
+
+inline constexpr uint32_t kMostCharacters = 32767;
+
+// "bigint", "char(20)".
+std::string type_name(const DeclaredType& type);
+
+// The type of that name, in any case of letters, with what stands in parentheses behind it; nothing for what is no type, and
+// problem tells why.
+std::optional<DeclaredType> declare_type(std::string_view name, std::optional<std::string_view> characters,
+                                         std::string& problem);
 
 // HOST_INT and so on.
 int32_t host_type(ValueType type);
@@ -58,6 +76,8 @@ constexpr bool has_time(ValueType type) { return is_datetime(type) && type != Va
 constexpr bool has_zone(ValueType type) { return type == ValueType::kTimeTz || type == ValueType::kDatetimeTz; }
 
 constexpr bool is_interval(ValueType type) { return type == ValueType::kIntervalYm || type == ValueType::kIntervalDt; }
+
+constexpr bool is_lob(ValueType type) { return type == ValueType::kClob || type == ValueType::kBlob; }
 
 // The value is kept in a string slot: text, binary data or a LOB's locator.
 constexpr bool is_slot(ValueType type) {

@@ -9,9 +9,11 @@
 #include "engine/datetime_text.h"
 #include "engine/host_objects.h"
 #include "engine/interval_text.h"
+#include "engine/lob_values.h"
 #include "engine/text_buffer.h"
 #include "engine/value_text.h"
 #include "qzbifun/codes.h"
+#include "qzhost/column.h"
 #include "qzhost/decimal.h"
 
 namespace qzengine {
@@ -190,20 +192,44 @@ int32_t cast_interval_to_text(qz_env*, rt_memobj*, const bdta3_col* from, bdta3_
 }
 
 // The same bytes, with the blanks of a text written out.
-int32_t cast_bytes(qz_env*, rt_memobj*, const bdta3_col* from, bdta3_col* to, uint32_t nrows, uint32_t* failed) {
+int32_t cast_bytes(qz_env* env, rt_memobj* rt_mem, const bdta3_col* from, bdta3_col* to, uint32_t nrows, uint32_t* failed) {
     TextBuffer bytes;
     return cast_rows<bdta3_colstr>(from, to, nrows, failed, [&](const bdta3_colstr& value, uint32_t row) {
         bytes.clear();
         append_text(bytes, value);
-        return host_col_set_text(to, row, bytes.view().data(), static_cast<uint32_t>(bytes.view().size()), 0);
+        return bdta3_col_assign_str(env, rt_mem, to, row, bytes.view().data(), static_cast<uint32_t>(bytes.size()), 0);
+    });
+}
+
+template <ValueType To>
+int32_t cast_to_lob(qz_env* env, rt_memobj* rt_mem, const bdta3_col* from, bdta3_col* to, uint32_t nrows, uint32_t* failed) {
+    TextBuffer bytes;
+    return cast_rows<bdta3_colstr>(from, to, nrows, failed, [&](const bdta3_colstr& value, uint32_t row) {
+        bytes.clear();
+        append_text(bytes, value);
+        return store_lob(env, rt_mem, To, bytes.view(), to, row);
+    });
+}
+
+constexpr size_t kMostStringBytes = 32767;
+
+int32_t cast_from_lob(qz_env* env, rt_memobj* rt_mem, const bdta3_col* from, bdta3_col* to, uint32_t nrows, uint32_t* failed) {
+    std::string storage;
+    return cast_rows<bdta3_colstr>(from, to, nrows, failed, [&](const bdta3_colstr& locator, uint32_t row) {
+        std::string_view value;
+        if (const int32_t code = read_lob(env, locator, storage, value); code < 0) return code;
+        if (value.size() > kMostStringBytes) return int32_t{EC_STRING_TOO_LONG};
+        return bdta3_col_assign_str(env, rt_mem, to, row, value.data(), static_cast<uint32_t>(value.size()), 0);
     });
 }
 
 // Costs: to a wider number is cheap, and the nearest wide type first. A bigint fits an int parameter if nothing else does, since
 // columns of whole numbers are bigint; what is not text becomes text only as the last resort. A date or time is silently one that
-// has more, not one that has less.
+// has more, not one that has less. A text becomes a CLOB where nothing else is wanted; a LOB may be too long for a string, and is
+// never made one silently.
 constexpr int kNarrowing = 20;
 constexpr int kAsText = 50;
+constexpr int kAsLob = 60;
 constexpr int kExplicit = Cast::kExplicitOnly;
 
 using enum ValueType;
@@ -247,6 +273,11 @@ constexpr Cast kCasts[] = {
 
     {kString, kBinary, kExplicit, &cast_bytes},
     {kBinary, kString, kExplicit, &cast_bytes},
+
+    {kString, kClob, kAsLob, &cast_to_lob<kClob>},
+    {kClob, kString, kExplicit, &cast_from_lob},
+    {kBinary, kBlob, kAsLob, &cast_to_lob<kBlob>},
+    {kBlob, kBinary, kExplicit, &cast_from_lob},
 
     {kString, kDate, kExplicit, &cast_text_to_datetime<kDate>},
     {kString, kTime, kExplicit, &cast_text_to_datetime<kTime>},

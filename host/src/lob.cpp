@@ -289,6 +289,11 @@ int32_t host_lob_make(qz_env* env, int32_t storage, int32_t is_text, const void*
     return 0;
 }
 
+void host_lob_release_all(qz_env* env) {
+    LobStore* store = environment(env)->lobs;
+    if (store != nullptr) store->clear();
+}
+
 void host_lob_fail(int32_t what, int32_t code) {
     if (what == HOST_LOB_LOOKUP) lookup_code = code;
     if (what == HOST_LOB_READ) read_code = code;

@@ -64,8 +64,13 @@ bool apply_lob_cipher(const LobKey& key, uint64_t offset, const uint8_t* source,
 }
 
 LobStore::~LobStore() {
-    for (uint64_t i = 0; i < count_; ++i) release(values_[i].data);
+    clear();
     release(values_);
+}
+
+void LobStore::clear() {
+    for (uint64_t i = 0; i < count_; ++i) release(values_[i].data);
+    count_ = 0;
 }
 
 bool LobStore::grow() {

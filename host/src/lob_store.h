@@ -1,5 +1,5 @@
 // Where an environment keeps its LOBs: values by number, each with the check word that its locators must know, and the key of an
-// enciphered one. Values are never changed and live as long as the environment.
+// enciphered one. Values are never changed, and go all at once: with the store or before it.
 #pragma once
 
 #include <cstddef>
@@ -24,6 +24,9 @@ struct LobValue {
 class LobStore {
   public:
     ~LobStore();
+
+    // Releases the values. Their numbers are given again, but not their check words.
+    void clear();
 
     // Takes a copy of the data; the value's number, from 1, or 0 on exhaustion.
     uint64_t add(const void* data, uint64_t length, bool enciphered);

@@ -136,6 +136,46 @@ TEST(Casts, NumbersBecomeTheirShortestText) {
     EXPECT_EQ(evaluate_text("CAST(0.1e0 AS decimal)"), "0.1");
 }
 
+TEST(Casts, ToCharCutsAndFillsToSoManyCharacters) {
+    EXPECT_EQ(evaluate_text("CAST('ab' AS char(5))"), "ab   ");
+    EXPECT_EQ(evaluate_text("CAST('ab  ' AS char(2))"), "ab");
+    EXPECT_EQ(evaluate_text("CAST('abcdef' AS char(3))"), "abc");
+    EXPECT_EQ(evaluate_text("CAST('a  def' AS char(3))"), "a  ");
+    EXPECT_EQ(evaluate_text("CAST('é中😀x' AS char(3))"), "é中😀");
+    EXPECT_EQ(evaluate_text("CAST('' AS char(3))"), "   ");
+    EXPECT_EQ(evaluate_text("CAST(12.5 AS char(6))"), "12.5  ");
+    EXPECT_EQ(evaluate_text("CAST(CAST('ab' AS char(5)) AS char(3))"), "ab ");
+    EXPECT_EQ(evaluate_text("CAST(CAST('ab' AS char(3)) AS char(5))"), "ab   ");
+    EXPECT_EQ(evaluate_text("CAST(CAST(' 7' AS char(5)) AS int)"), "7");
+    EXPECT_EQ(evaluate_text("CAST(CAST('ab' AS char(3)) AS binary)"), "616220");
+    EXPECT_EQ(evaluate_text("CAST('ab' AS char(5)) = 'ab '"), "1");
+    EXPECT_EQ(evaluate_text("CAST(NULL AS char(5))"), "NULL");
+}
+
+TEST(Casts, TheBlanksOfACharAreImpliedAndThoseOfAVarcharStored) {
+    const std::vector<TestColumn> columns{{"s", ValueType::kString, {"ab ", "abcd", std::nullopt, ""}}};
+    const Plan plan = plan_of("CAST(s AS char(3)), CAST(CAST(s AS char(3)) AS varchar), CAST('x ' AS char(3))", columns);
+    Evaluator evaluator(plan, 4);
+    evaluator.input(0)->all_valid = 0;
+    for (uint32_t row = 0; row < 4; ++row) set_text(evaluator.input(0), ValueType::kString, row, columns[0].values[row]);
+    ASSERT_EQ(evaluator.run(4), 4u);
+    const auto parts = [&](size_t output) {
+        std::string text;
+        for (uint32_t row = 0; row < 4; ++row) {
+            const bdta3_colstr& slot = values_of<bdta3_colstr>(evaluator.result(output))[row];
+            const bool valid = evaluator.result(output)->data->valid[row] != 0;
+            text += valid ? std::string(slot.bytes, slot.len) + "+" + std::to_string(slot.blank) + "|" : "NULL|";
+        }
+        return text;
+    };
+    EXPECT_EQ(parts(0), "ab+1|abc+0|NULL|+3|");
+    EXPECT_EQ(parts(1), "ab +0|abc+0|NULL|   +0|");
+    EXPECT_EQ(parts(2), "x+2|x+2|x+2|x+2|");
+    EXPECT_EQ(evaluator.result(0)->all_valid, 0u);
+    EXPECT_EQ(evaluator.result(2)->all_valid, 1u);
+    EXPECT_NE(explain(plan).find("CAST(s AS char(3)): char(3)\n      by char(3) (#0); explicit\n"), std::string::npos);
+}
+
 TEST(Casts, NullStaysNull) {
     for (const Cast& cast : all_casts()) {
         const std::string text =

@@ -49,7 +49,7 @@ std::string types_of(const std::string& csv, const std::vector<TypeOverride>& ty
     std::string text;
     const CsvTable table(text_source(csv), types);
     for (const Column& column : table.columns()) {
-        text += column.name + ":" + std::string(type_name(column.type)) + " ";
+        text += column.name + ":" + type_name(column.declared()) + " ";
     }
     return text;
 }
@@ -93,7 +93,8 @@ TEST(CsvTable, TypesFollowFromTheFirstThousandRows) {
 TEST(CsvTable, AGivenTypeComesFirst) {
     EXPECT_EQ(types_of("a,B\n1,2\n", {{"b", ValueType::kDouble}}), "a:bigint B:double ");
     EXPECT_THROW(types_of("a\n1\n", {{"c", ValueType::kInt}}), UsageError);
-    EXPECT_THROW(types_of("a\n1\n", {{"a", ValueType::kClob}}), UsageError);
+    EXPECT_EQ(types_of("a,b,c\n1,2,3\n", {{"a", ValueType::kClob}, {"b", ValueType::kBlob}, {"c", {ValueType::kString, 20}}}),
+              "a:clob b:blob c:char(20) ");
 }
 
 TEST(CsvTable, AFieldThatDoesNotFitIsNamedByLineAndColumn) {
@@ -275,6 +276,30 @@ TEST(CsvQuery, ASinkThatFailsEndsTheRun) {
                      OutputError);
         EXPECT_EQ(calls, 5);
     }
+}
+
+// ---- char(n) -----------------------------------------------------------------------------------------------------------------------
+
+TEST(CsvQuery, ACharIsWrittenWithoutItsBlanksAndAStringWithThem) {
+    const std::string csv = "s,n\nab,1\nab   ,2\n\"ab  \",3\n     ,4\n\"\",5\n,6\n\"a\"\"b        \",7\n";
+    const std::vector<TypeOverride> types{{"s", {ValueType::kString, 5}}};
+    EXPECT_EQ(run(csv, {.select = "s", .types = types}).text, "s\nab\nab\nab\n\"\"\n\"\"\n\n\"a\"\"b\"\n");
+    EXPECT_EQ(run(csv, {.select = "CAST(s AS string) AS t", .types = types}).text,
+              "t\nab   \nab   \nab   \n     \n     \n\n\"a\"\"b  \"\n");
+    EXPECT_EQ(run(csv, {.select = "s", .where = "n < 5", .format = ResultFormat::kJson, .types = types}).text,
+              "[\n{\"s\":\"ab\"},\n{\"s\":\"ab\"},\n{\"s\":\"ab\"},\n{\"s\":\"\"}\n]\n");
+    EXPECT_EQ(run(csv, {.select = "s, n", .where = "s = 'ab '", .format = ResultFormat::kTable, .types = types}).text,
+              " s  | n\n----+---\n ab | 1\n ab | 2\n ab | 3\n(3 rows)\n");
+    EXPECT_EQ(run(csv, {.select = "s", .where = "n = 2"}).text, "s\nab   \n") << "a string keeps what stands in the file";
+}
+
+TEST(CsvQuery, ACharCountsCharactersNotBytes) {
+    const std::vector<TypeOverride> types{{"s", {ValueType::kString, 3}}};
+    EXPECT_EQ(run("s\né中😀\né\n", {.select = "CAST(s AS string) AS t", .types = types}).text, "t\né中😀\né  \n");
+    EXPECT_EQ(run("s\nabc   \né中😀x  \n", {.select = "s", .types = types}).error,
+              "line 3, column s: 'é中😀x  ' has 4 characters, more than char(3); --type s=string reads the column as text");
+    EXPECT_EQ(run("n,s\n1,\"line\nbreak\"\n", {.select = "s", .types = types}).error,
+              "line 2, column s: 'line\nbreak' has 10 characters, more than char(3); --type s=string reads the column as text");
 }
 
 TEST(CsvQuery, StringsWithDoubledQuotesAreReadOnceForTwoUses) {

@@ -131,6 +131,9 @@ TEST(Parser, Comparisons) {
 TEST(Parser, CastsNameAType) {
     EXPECT_EQ(shape_of("CAST(a AS decimal)"), "[decimal n:a]");
     EXPECT_EQ(shape_of("cast(1 = 2 as String)"), "[string [= i:1 i:2]]");
+    EXPECT_EQ(shape_of("cast(a as CHAR(5))"), "[char(5) n:a]");
+    EXPECT_EQ(shape_of("cast(a as varchar)"), "[string n:a]");
+    EXPECT_EQ(shape_of("cast(a as clob)"), "[clob n:a]");
 }
 
 TEST(Parser, ExpressionsKnowWhereTheyStand) {
@@ -179,6 +182,14 @@ TEST(Parser, ErrorsAreSeenWhereTheyStand) {
     EXPECT_EQ(error_position("cast(a as 5)"), 10);
     EXPECT_EQ(error_position("cast(a as colour)"), 10);
     EXPECT_EQ(error_position("cast(a)"), 6);
+    for (const char* wrong : {"cast(a as char)", "cast(a as char(0))", "cast(a as char(32768))", "cast(a as char(1.5))",
+                              "cast(a as char('5'))", "cast(a as char(99999999999999999999))"}) {
+        EXPECT_EQ(error_of(wrong), "char wants a number of characters from 1 to 32767, such as char(20)") << wrong;
+        EXPECT_EQ(error_position(wrong), 10) << wrong;
+    }
+    EXPECT_EQ(error_of("cast(a as varchar(5))"), "varchar takes nothing in parentheses; only char does");
+    EXPECT_EQ(error_of("cast(a as char(5)"), "expected ), the expression ends here");
+    EXPECT_EQ(error_of("cast(a as char(5, 6))"), "expected ), found ,");
     EXPECT_EQ(error_position("\"abs\"(1)"), 5);
 }
 

@@ -88,7 +88,7 @@ std::vector<std::string> evaluate(std::string_view select, const std::vector<Tes
                 EXPECT_EQ(result->all_valid, 0u) << select;
                 line.append("NULL");
             } else {
-                append_value_text(line, plan.nodes[plan.outputs[i].node].type, result, physical);
+                append_value_text(line, evaluator.environment().env(), plan.nodes[plan.outputs[i].node].type, result, physical);
             }
         }
         lines.emplace_back(line.view());

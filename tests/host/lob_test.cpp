@@ -252,6 +252,22 @@ TEST_F(LobTest, LocatorsOfOtherEnvironmentsNameNothing) {
     host_env_destroy(other);
 }
 
+TEST_F(LobTest, ReleasedValuesAreGoneAndTheirLocatorsNameNothing) {
+    for (const int32_t storage : {kShort, kLong, kShort | kEnciphered}) {
+        host_lob_release_all(env_);
+        const std::string old = make(storage, "old");
+        const std::string in_row = make(kInRow, "kept");
+        host_lob_release_all(env_);
+        EXPECT_EQ(read_by(nullptr, old, 10).code, EC_LOB_READ_FAILED);
+        // The next value takes the old one's number; the old locator does not find it.
+        const std::string next = make(storage, "new");
+        EXPECT_EQ(old.substr(1, 8), next.substr(1, 8));
+        EXPECT_EQ(read_by(nullptr, old, 10).code, EC_LOB_READ_FAILED);
+        EXPECT_EQ(read(next, 10).data, "new");
+        EXPECT_EQ(read(in_row, 10).data, "kept");
+    }
+}
+
 // ---- Locators that nobody made ---------------------------------------------------------------------------------------------------
 
 TEST_F(LobTest, LengthsAtTheLimits) {

@@ -5,8 +5,8 @@
 #include <CLI/CLI.hpp>
 #include <string_view>
 
-#include "engine/csv_columns.h"
 #include "engine/letters.h"
+#include "engine/value_type.h"
 
 namespace qzeval {
 namespace {
@@ -35,15 +35,15 @@ int16_t parse_time_zone(const std::string& text) {
 TypeOverride parse_type(const std::string& text) {
     const size_t equals = text.rfind('=');
     if (equals == std::string::npos || equals == 0) throw UsageError(fmt::format("--type wants column=type, not {}", text));
-    const std::string name = text.substr(equals + 1);
-    const std::optional<qzengine::ValueType> type = qzengine::type_from_name(name);
-    if (!type) {
-        std::vector<std::string_view> names;
-        for (qzengine::ValueType known : qzengine::all_value_types()) {
-            if (qzengine::is_readable(known)) names.push_back(qzengine::type_name(known));
-        }
-        throw UsageError(fmt::format("{} is no type; there are {}", name, fmt::join(names, ", ")));
+    std::string_view name = std::string_view(text).substr(equals + 1);
+    std::optional<std::string_view> characters;
+    if (const size_t open = name.find('('); open != std::string_view::npos && name.back() == ')') {
+        characters = name.substr(open + 1, name.size() - open - 2);
+        name = name.substr(0, open);
     }
+    std::string problem;
+    const std::optional<qzengine::DeclaredType> type = qzengine::declare_type(name, characters, problem);
+    if (!type) throw UsageError(fmt::format("--type {}: {}", text, problem));
     return {text.substr(0, equals), *type};
 }
 

@@ -117,6 +117,10 @@ enum {
 int32_t host_lob_make(qz_env* env, int32_t storage, int32_t is_text, const void* data, uint64_t len, uint8_t* locator,
                       uint32_t* locator_len);
 
+/* Releases all values of the environment's store, so that a host that works batch after batch keeps those of one batch only.
+ * Locators of them name nothing from then on; in-row values stand in their locators and are not touched. */
+void host_lob_release_all(qz_env* env);
+
 /* This thread: look-ups or reads answer code from now on, to test callers; 0 restores. */
 void host_lob_fail(int32_t what, int32_t code);
 

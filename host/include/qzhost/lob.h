@@ -11,7 +11,7 @@
  *   offset 39  u64  value length of the long form
  *   offset 47       data of an in-row value
  *
- * Values out of row live in the store of the environment that made them and go with it. A locator is checked before it is used: one
+ * Values out of row live in the store of the environment that made them until host_lob_release_all, and go with it. A locator is checked before it is used: one
  * that is cut short, whose in-row data is not all there, or that names no value of the store is answered by a code and never by
  * reading outside. A slot or string value of length 0 holds no locator and counts as an empty value.
  *
