@@ -8,17 +8,19 @@
 //   - The value of a constant counts, not its flag: with a start of NULL the number behind it is taken.
 //   - Behind malformed bytes nothing is found: they cannot be passed by characters. locate('b', x'FF62', 2) is 0.
 //
-// Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out
-// by the first row that needs it and for all.
+// Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out,
+// and a constant CLOB read, by the first row that needs it and for all.
 #include <cstdint>
 #include <source_location>
 
+#include "bop/bifun_str/lob_read.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/written_out.h"
 #include "bop/frame/export.h"
 #include "bop/frame/memory.h"
 #include "qzbifun/string.h"
 #include "qzhost/characters.h"
+#include "qzhost/lob.h"
 #include "qzhost/search.h"
 #include "qzhost/string_value.h"
 
@@ -66,6 +68,15 @@ struct VectorText : OfOneRow {
     }
 };
 
+struct VectorClob : OfOneRow {
+    Code open(const Row& row, const Text& argument, Bytes& text) {
+        const bdta3_colstr slot{argument.len, argument.blank, argument.bytes};
+        const int32_t code = bifun_lob_to_str(row.env(), row.rt_mem(), &slot, 1, &block_, &text.len);
+        text.bytes = block_;
+        return logged(code);
+    }
+};
+
 struct ConstantText {
     Code open(const Row& row, const Text& argument, Bytes& text) {
         text = {argument.bytes, argument.len};
@@ -83,6 +94,33 @@ struct ConstantText {
 
   private:
     LocalString written_;
+};
+
+class ConstantClob {
+  public:
+    ~ConstantClob() {
+        if (block_ != nullptr) release_block(env_, rt_mem_, block_);
+    }
+
+    Code open(const Row& row, const Text& argument, Bytes& text) {
+        if (block_ == nullptr) {
+            env_ = row.env();
+            rt_mem_ = row.rt_mem();
+            nstr locator;
+            nstr_assign_fast(&locator, argument.len, argument.bytes);
+            const int32_t code = ifun_lob_to_str_ex(env_, LOB_READER_ANY, rt_mem_, &locator, 1, &block_, &len_);
+            if (code < 0) return logged(code);
+        }
+        text = {block_, len_};
+        return kOk;
+    }
+    void close(const Row&) {}
+
+  private:
+    qz_env* env_ = nullptr;
+    rt_memobj* rt_mem_ = nullptr;
+    char* block_ = nullptr;  // absent after a failure
+    uint32_t len_ = 0;
 };
 
 template <class Source>
@@ -148,6 +186,7 @@ template <class PatternSource, class TextSource>
 struct Locate {
     static constexpr Rules rules = kRules;
 
+    // Of a CLOB the locator is tested, so that an empty one is read.
     Code row(Row out, Text pattern_argument, Text text_argument) {
         if (is_empty(pattern_argument)) return out.put(1);
         if (is_empty(text_argument)) return out.put(0);
@@ -169,6 +208,13 @@ using LocateAa = Locate<VectorText, VectorText>;
 using LocateAv = Locate<VectorText, ConstantText>;
 using LocateVa = Locate<ConstantText, VectorText>;
 
+using LocateFromAaClob = LocateFrom<VectorText, VectorClob>;
+using LocateFromAvClob = LocateFrom<VectorText, ConstantClob>;
+using LocateFromVaClob = LocateFrom<ConstantText, VectorClob>;
+using LocateAaClob = Locate<VectorText, VectorClob>;
+using LocateAvClob = Locate<VectorText, ConstantClob>;
+using LocateVaClob = Locate<ConstantText, VectorClob>;
+
 }  // namespace
 }  // namespace bifun
 
@@ -180,3 +226,10 @@ BIFUN_EXPORT_3(blocate_vav_str, LocateFromVa, v, a, v)
 BIFUN_EXPORT_2(blocate_def_aa_str, LocateAa, a, a)
 BIFUN_EXPORT_2(blocate_def_av_str, LocateAv, a, v)
 BIFUN_EXPORT_2(blocate_def_va_str, LocateVa, v, a)
+
+BIFUN_EXPORT_3(blocate_aav_str_clob, LocateFromAaClob, a, a, v)
+BIFUN_EXPORT_3(blocate_avv_str_clob, LocateFromAvClob, a, v, v)
+BIFUN_EXPORT_3(blocate_vav_str_clob, LocateFromVaClob, v, a, v)
+BIFUN_EXPORT_2(blocate_def_aa_str_clob, LocateAaClob, a, a)
+BIFUN_EXPORT_2(blocate_def_av_str_clob, LocateAvClob, a, v)
+BIFUN_EXPORT_2(blocate_def_va_str_clob, LocateVaClob, v, a)

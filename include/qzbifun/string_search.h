@@ -20,13 +20,21 @@ bop_fn_va bposition_va_str;
 /* locate(pattern, text, start): the character at which the pattern first stands at or behind the character start, which is 1 where
  * it is left out; 0 for a start below 1. Blanks are characters, implied ones too. An empty pattern stands at start, up to one
  * character behind the text. The has_value of constants is not looked at. Never folds case.
- * EC_OUT_OF_MEMORY, EC_STRING_TOO_LONG. */
+ *
+ * The text of the forms _clob is a CLOB of less than 2 GiB. EC_OUT_OF_MEMORY, EC_STRING_TOO_LONG, and what reading a CLOB fails
+ * with: EC_LOB_TOO_LONG in a vector, EC_LOB_TOO_LONG_ROW in a constant, the host's codes. */
 bop_fn_aav blocate_aav_str;
 bop_fn_avv blocate_avv_str;
 bop_fn_vav blocate_vav_str;
 bop_fn_aa blocate_def_aa_str;
 bop_fn_av blocate_def_av_str;
 bop_fn_va blocate_def_va_str;
+bop_fn_aav blocate_aav_str_clob;
+bop_fn_avv blocate_avv_str_clob;
+bop_fn_vav blocate_vav_str_clob;
+bop_fn_aa blocate_def_aa_str_clob;
+bop_fn_av blocate_def_av_str_clob;
+bop_fn_va blocate_def_va_str_clob;
 
 /* find_in_set(text, list): the number of the first element of a list between commas that equals the text, trailing blanks
  * included; 0 for none. A NULL list is an empty one, and an empty list has one element, the empty text. Implied blanks of the

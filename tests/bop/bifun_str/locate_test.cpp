@@ -8,6 +8,7 @@
 
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
+#include "qzhost/lob.h"
 #include "tests/bop/bifun_str/plain_text.h"
 #include "tests/support/differential.h"
 #include "tests/support/vector.h"
@@ -92,6 +93,95 @@ TEST_P(LocateDifferential, WithoutAStartIsThePlainSearchFromOne) {
             return value;
         }),
                   "");
+    }
+    EXPECT_GT(found, 100u);
+}
+
+constexpr uint8_t kStorages[] = {LOB_KIND_IN_ROW, LOB_KIND_SHORT, LOB_KIND_LONG};
+
+Cell clob_cell(const std::string& data, uint8_t storage) {
+    Cell cell;
+    cell.bytes = data;
+    cell.lob = storage;
+    return cell;
+}
+
+// A vector of CLOBs, of every storage.
+Vector clobs(Host& host, const std::vector<std::string>& texts) {
+    Vector vector(host, *support::find_value_type("clob"), static_cast<uint32_t>(texts.size()));
+    for (uint32_t i = 0; i < texts.size(); ++i) {
+        vector.set(i, clob_cell(texts[i], kStorages[i % std::size(kStorages)]), 1);
+    }
+    vector.col()->all_valid = 1;
+    return vector;
+}
+
+TEST_P(LocateDifferential, OfClobsIsThePlainSearch) {
+    const Charset charset = GetParam();
+    const InCharset settings(charset, true);
+    Random random(support::test_seed());
+    size_t found = 0;
+    for (int round = 0; round < 40; ++round) {
+        constexpr uint32_t kRows = 24;
+        Host host;
+        std::vector<std::string> texts;
+        std::vector<Text> patterns;
+        Vector pattern(host, support::type_of<Text>(), kRows);
+        for (uint32_t i = 0; i < kRows; ++i) {
+            texts.push_back(plain::random_text(random, charset, random.chance(90) ? 10 : 200).bytes);
+            patterns.push_back(plain::random_text(random, charset, 3));
+            pattern.set(i, support::to_cell(patterns[i]), 1);
+        }
+        pattern.col()->all_valid = 1;
+        const Vector text = clobs(host, texts);
+        Constant start = Constant::of(random_start(random));
+        const int32_t from = reinterpret_cast<const bdta3_int*>(start.scalar())->value;
+        Constant one_text(*support::find_value_type("clob"), clob_cell(texts[0], kStorages[round % 3]), &host);
+        Constant one_pattern = Constant::of(patterns[0]);
+
+        const auto check = [&](const char* name, const std::function<int32_t(bdta3_col*)>& call,
+                               const std::function<int32_t(uint32_t)>& expected) {
+            const Vector result = Vector::result<int32_t>(host, kRows);
+            ASSERT_EQ(call(result.col()), 0) << name;
+            EXPECT_EQ(result.col()->all_valid, 1u) << name;
+            for (uint32_t i = 0; i < kRows; ++i) {
+                EXPECT_EQ(result.get<int32_t>(i), expected(i)) << name << ", row " << i << ", start " << from;
+                EXPECT_EQ(result.valid(i), 1) << name;
+                found += result.get<int32_t>(i) > 1;
+            }
+            EXPECT_EQ(host.outstanding(), 0u) << name;
+        };
+        const auto locate = [&](const Text& p, const std::string& t, int32_t s) {
+            return plain_locate(p, Text{t, 0}, s, charset);
+        };
+        const auto col = [](const Vector& vector) { return vector.col(); };
+        qz_env* const env = host.env();
+        rt_memobj* const mem = host.mem();
+        check(
+            "aav",
+            [&](bdta3_col* r) { return blocate_aav_str_clob(env, mem, col(pattern), col(text), start.scalar(), r, kRows); },
+            [&](uint32_t i) { return locate(patterns[i], texts[i], from); });
+        check(
+            "avv",
+            [&](bdta3_col* r) {
+                return blocate_avv_str_clob(env, mem, col(pattern), one_text.scalar(), start.scalar(), r, kRows);
+            },
+            [&](uint32_t i) { return locate(patterns[i], texts[0], from); });
+        check(
+            "vav",
+            [&](bdta3_col* r) {
+                return blocate_vav_str_clob(env, mem, one_pattern.scalar(), col(text), start.scalar(), r, kRows);
+            },
+            [&](uint32_t i) { return locate(patterns[0], texts[i], from); });
+        check(
+            "aa", [&](bdta3_col* r) { return blocate_def_aa_str_clob(env, mem, col(pattern), col(text), r, kRows); },
+            [&](uint32_t i) { return locate(patterns[i], texts[i], 1); });
+        check(
+            "av", [&](bdta3_col* r) { return blocate_def_av_str_clob(env, mem, col(pattern), one_text.scalar(), r, kRows); },
+            [&](uint32_t i) { return locate(patterns[i], texts[0], 1); });
+        check(
+            "va", [&](bdta3_col* r) { return blocate_def_va_str_clob(env, mem, one_pattern.scalar(), col(text), r, kRows); },
+            [&](uint32_t i) { return locate(patterns[0], texts[i], 1); });
     }
     EXPECT_GT(found, 100u);
 }
@@ -265,6 +355,142 @@ TEST_F(LocateFails, AConstantLongerThanAnyStringFailsWithTheServicesCode) {
         EC_OUT_OF_MEMORY);
     EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
     expect_second_failed(rows);
+}
+
+// The forms in which the text is a vector of CLOBs, its second row out of row, and those in which it is a constant.
+class LocateInClobFails : public LocateFails {
+  protected:
+    using Form = std::function<int32_t(bdta3_col*)>;
+
+    std::vector<Form> of_vectors() {
+        return {[&](bdta3_col* out) {
+                    return blocate_aav_str_clob(env(), mem(), pattern_.col(), text_.col(), one_.scalar(), out, 3);
+                },
+                [&](bdta3_col* out) {
+                    return blocate_vav_str_clob(env(), mem(), letter_.scalar(), text_.col(), one_.scalar(), out, 3);
+                },
+                [&](bdta3_col* out) { return blocate_def_aa_str_clob(env(), mem(), pattern_.col(), text_.col(), out, 3); },
+                [&](bdta3_col* out) { return blocate_def_va_str_clob(env(), mem(), letter_.scalar(), text_.col(), out, 3); }};
+    }
+    std::vector<Form> of_constants(Constant& text) {
+        return {[&](bdta3_col* out) {
+                    return blocate_avv_str_clob(env(), mem(), pattern_.col(), text.scalar(), one_.scalar(), out, 3);
+                },
+                [&](bdta3_col* out) { return blocate_def_av_str_clob(env(), mem(), pattern_.col(), text.scalar(), out, 3); }};
+    }
+    Constant constant(const std::string& data, uint8_t storage) {
+        return Constant(*support::find_value_type("clob"), clob_cell(data, storage), &host_);
+    }
+
+    qz_env* env() const { return host_.env(); }
+    rt_memobj* mem() const { return host_.mem(); }
+
+    const std::string data_ = std::string(1000, 'a') + "b";
+    const Vector text_ = clobs(host_, {"ab", data_, "ab"});
+    const Vector pattern_ = Vector::of<Text>(host_, {Text{"b", 0}, Text{"b", 0}, Text{"b", 0}});
+    Constant letter_ = Constant::of(Text{"b", 0});
+};
+
+constexpr int32_t kTold = -4711;
+
+TEST_F(LocateInClobFails, AFailedLookUpIsLoggedByReaderAndRow) {
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        host_lob_fail(HOST_LOB_LOOKUP, kTold);
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), kTold);
+        EXPECT_EQ(stack_, "empty");
+        EXPECT_EQ(log_, (ErrorCodes{kTold, kTold}));
+        expect_second_failed(out);
+        host_lob_fail(HOST_LOB_LOOKUP, 0);
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), 0);
+        EXPECT_EQ(out.get<int32_t>(1), 1001);
+    }
+}
+
+TEST_F(LocateInClobFails, AFailedReadIsLogged) {
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        host_lob_fail(HOST_LOB_READ, kTold);
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), kTold);
+        EXPECT_EQ(stack_, "empty");
+        EXPECT_EQ(log_, ErrorCodes{kTold});
+        expect_second_failed(out);
+        host_lob_fail(HOST_LOB_READ, 0);
+    }
+}
+
+TEST_F(LocateInClobFails, AConstantThatCannotBeReadFailsTheFirstRow) {
+    for (const uint8_t storage : {LOB_KIND_SHORT, LOB_KIND_LONG}) {
+        Constant text = constant(data_, storage);
+        for (const Form& form : of_constants(text)) {
+            for (const int32_t what : {HOST_LOB_LOOKUP, HOST_LOB_READ}) {
+                const Vector out = result();
+                host_lob_fail(what, kTold);
+                EXPECT_EQ(call(out, [&] { return form(out.col()); }), kTold);
+                EXPECT_EQ(stack_, "empty");
+                EXPECT_EQ(log_, ErrorCodes{kTold});
+                EXPECT_EQ(out.valid(0), 0);
+                EXPECT_TRUE(out.valid_untouched(1));
+                host_lob_fail(what, 0);
+                EXPECT_EQ(call(out, [&] { return form(out.col()); }), 0);
+                EXPECT_EQ(out.get<int32_t>(2), 1001);
+            }
+        }
+    }
+}
+
+TEST_F(LocateInClobFails, ExhaustionIsReportedByTheReaderAndLogged) {
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        EXPECT_EQ(call(
+                      out, [&] { return form(out.col()); }, 1),
+                  EC_OUT_OF_MEMORY);
+        EXPECT_EQ(stack_, "-503 bifun_lob_to_str");
+        EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+        expect_second_failed(out);
+    }
+    Constant text = constant(data_, LOB_KIND_IN_ROW);
+    for (const Form& form : of_constants(text)) {
+        const Vector out = result();
+        EXPECT_EQ(call(
+                      out, [&] { return form(out.col()); }, 0),
+                  EC_OUT_OF_MEMORY);
+        EXPECT_EQ(stack_, "-503 ifun_lob_to_str_ex");
+        EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+        EXPECT_EQ(out.valid(0), 0);
+        // Read once for all rows.
+        EXPECT_EQ(call(
+                      out, [&] { return form(out.col()); }, 1),
+                  0);
+        EXPECT_EQ(out.get<int32_t>(2), 1001);
+    }
+}
+
+// The locator of a value out of row is copied to be read: a second allocation, whose failure leaves the first to be given back.
+TEST_F(LocateInClobFails, AnyAllocationMayFail) {
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        int failed = 0;
+        const auto locate = [&] { return form(out.col()); };
+        EXPECT_EQ(support::check_allocation_failures(host_, locate, EC_OUT_OF_MEMORY, &failed), "");
+        EXPECT_GE(failed, 3);
+    }
+}
+
+TEST_F(LocateInClobFails, WhatTheStoreDeliversIsSearched) {
+    host_lob_limit_read(1000);
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), 0);
+        EXPECT_EQ(out.get<int32_t>(0), 2);  // in row
+        EXPECT_EQ(out.get<int32_t>(1), 0);
+    }
+    host_lob_limit_read(1001);
+    for (const Form& form : of_vectors()) {
+        const Vector out = result();
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), 0);
+        EXPECT_EQ(out.get<int32_t>(1), 1001);
+    }
 }
 
 }  // namespace
