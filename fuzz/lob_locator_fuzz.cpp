@@ -1,4 +1,5 @@
-// The LOB services over bytes that nobody made a locator of: a code or data from inside, never a read outside.
+// The LOB services, and the functions that read LOBs whole, over bytes that nobody made a locator of: a code or data from inside,
+// never a read outside.
 //
 // The first bytes choose what is asked; the rest stands for the locator, in a block of exactly its size. Where it knows a value's
 // check word is written in, so that the store is reached.
@@ -7,7 +8,10 @@
 #include <cstring>
 #include <memory>
 
+#include "bop/bifun_str/lob_read.h"
 #include "fuzz/require.h"
+#include "qzbifun/codes.h"
+#include "qzbifun/string.h"
 #include "qzhost/control.h"
 #include "qzhost/lob.h"
 #include "qzhost/string_value.h"
@@ -39,6 +43,43 @@ struct Store {
 constexpr size_t kIdentityAt = 1;    // the number of the value
 constexpr size_t kIdentityEnd = 22;  // behind its check word
 
+// A memory object without room for the gigabytes that a locator may tell.
+void* take_little(qz_env* env, void* pool, size_t size, const char* file, int32_t line) {
+    constexpr size_t kMost = size_t{1} << 20;
+    const rt_memobj* mem = static_cast<const rt_memobj*>(pool);
+    return size > kMost ? nullptr : mem->alloc(env, mem->pool, size, file, line);
+}
+void give_back(qz_env* env, void* pool, void* block) {
+    const rt_memobj* mem = static_cast<const rt_memobj*>(pool);
+    mem->free(env, mem->pool, block);
+}
+
+// All that a reader delivers lies inside, and what is out afterwards is the one block that the caller has.
+void read_whole(const Store& store, const nstr& value, const bdta3_colstr& slot, uint8_t is_text) {
+    rt_memobj little{take_little, give_back, store.mem};
+    for (const int reader : {0, 1, 2}) {
+        char* data = nullptr;
+        uint32_t len = 0;
+        const int32_t code = reader == 0 ? ifun_lob_to_str_ex(store.env, LOB_READER_ANY, &little, &value, is_text, &data, &len)
+                             : reader == 1 ? bifun::bifun_lob_to_str(store.env, &little, &slot, is_text, &data, &len)
+                                           : bjson_get_data_inner(store.env, &little, &slot, 1, &data, &len);
+        require(code <= 0 && (code < 0 || (data != nullptr && data[len] == 0)));
+        if (data != nullptr) give_back(store.env, store.mem, data);
+        require(host_memobj_outstanding(store.mem) == 0);
+    }
+    host_error_clear(store.env);
+}
+
+void measure(const Store& store, bdta3_colstr& slot) {
+    uint8_t valid = 1, result_valid = 0;
+    int64_t length = 0;
+    bdta3_coldata data{&valid, &slot, nullptr}, result_data{&result_valid, &length, nullptr};
+    bdta3_col col{1, nullptr, &data}, result{0, nullptr, &result_data};
+    require(blengthb_blob_a_str(store.env, store.mem, &col, &result, 1) == 0 && result_valid == 1);
+    const uint64_t told = nblob_get_len_for_colstr_fast(&slot);
+    if (told < LOB_LENGTH_UNKNOWN) require(length == static_cast<int64_t>(told));
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size);
@@ -59,7 +100,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     nstr value;
     nstr_assign_fast(&value, len, bytes.get());
-    const bdta3_colstr slot{len, 0, bytes.get()};
+    bdta3_colstr slot{len, 0, bytes.get()};
 
     const uint64_t length = nblob_get_len_for_colstr_fast(&slot);
     require((nblob_is_long_row(&value) != 0) == (length >= uint64_t{1} << 31));
@@ -67,6 +108,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // What a reader copies on that word lies inside.
     require(!in_row || LOB_DATA_AT + length <= len);
     if (length < uint64_t{1} << 31) require(nblob_get_4byte_len(&value) == length);
+
+    read_whole(store, value, slot, data[1] & 3);
+    measure(store, slot);
 
     ndct_work_area work;
     int32_t status = 0;

@@ -3,7 +3,9 @@
 // A worker is a struct that tells one SQL function on one row. It has `static constexpr Rules rules` and one of
 //
 //   static R row(P...)             computes the value and cannot fail. With `static constexpr bool total = true` it is defined
-//                                  on any bits and so cheap that NULL rows are computed too and thrown away, without a branch
+//                                  on any bits and so cheap that NULL rows are computed too and thrown away, without a branch.
+//                                  Beside it may stand `bool makes_null(P...)`, total too: those rows come out NULL, their
+//                                  elements untouched, and lower all_valid, which the rules store before the rows
 //   static void row(R& out, P...)  the same for wide values, built where they stand; total, and out may be an argument's row
 //   static Code row(Row, P...)     stores its row itself and may fail
 //   static R value(P...)           total, but for arguments of which

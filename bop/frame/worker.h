@@ -17,6 +17,10 @@ concept TotalWorker = requires {
     W::total;
 };
 template <class W>
+concept NullingWorker = TotalWorker<W> && requires {
+    &W::makes_null;
+};
+template <class W>
 concept KernelWorker = requires {
     &W::block;
 };

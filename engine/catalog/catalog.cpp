@@ -95,10 +95,23 @@ const Catalog& builtin_catalog() {
     static const Catalog catalog = [] {
         std::vector<Function> functions;
         constexpr std::vector<Function> (*kFamilies[])() = {
-            math_functions,           floating_functions,         two_doubles_functions,     round_trunc_functions,
-            number_to_char_functions, bit_and_functions,          greatest_least_functions,  binary_float_functions,
-            conditional_functions,    date_arithmetic_functions,  date_difference_functions, date_part_functions,
-            date_rounding_functions,  date_composition_functions, overlaps_functions,        string_position_functions,
+            math_functions,
+            floating_functions,
+            two_doubles_functions,
+            round_trunc_functions,
+            number_to_char_functions,
+            bit_and_functions,
+            greatest_least_functions,
+            binary_float_functions,
+            conditional_functions,
+            date_arithmetic_functions,
+            date_difference_functions,
+            date_part_functions,
+            date_rounding_functions,
+            date_composition_functions,
+            overlaps_functions,
+            string_basics_functions,
+            string_position_functions,
         };
         for (auto family : kFamilies) {
             std::vector<Function> entries = family();

@@ -25,6 +25,7 @@ std::vector<Function> date_part_functions();  // datepart, extract, year, daynam
 std::vector<Function> date_rounding_functions();
 std::vector<Function> date_composition_functions();
 std::vector<Function> overlaps_functions();
+std::vector<Function> string_basics_functions();    // concat, length, upper, reverse, repeat
 std::vector<Function> string_position_functions();  // position, locate, find_in_set
 
 }  // namespace qzengine

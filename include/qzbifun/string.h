@@ -9,6 +9,7 @@
 #define QZBIFUN_STRING_H
 
 #include "qzbifun/lob_text.h"
+#include "qzbifun/string_basics.h"
 #include "qzbifun/string_search.h"
 
 #endif

@@ -441,6 +441,41 @@ TEST(FrameForms, RowsThatTurnNullLowerTheFlag) {
     EXPECT_EQ(result.valid[2], 1);
 }
 
+struct TotalNegativeIsNull {
+    static constexpr Rules rules{.flag = FlagStore::kBeforeRows};
+    static constexpr bool total = true;
+    static bool makes_null(double x) { return x < 0; }
+    static double row(double x) { return x; }
+};
+
+// Beside rows that were NULL before, whose values count for nothing, and around every block boundary.
+TEST(FrameForms, RowsThatATotalWorkerTurnsNullLowerTheFlag) {
+    for (const uint32_t nrows : {1u, 511u, 512u, 513u, 1600u}) {
+        for (const uint32_t place : {0u, nrows / 2, nrows - 1, nrows}) {
+            std::vector<double> values(nrows, 1.5);
+            std::vector<uint8_t> valid(nrows, 2);
+            if (place < nrows) values[place] = -2;
+            if (nrows > 1) {
+                const uint32_t null = place == 1 ? 0 : 1;
+                valid[null] = 0;
+                values[null] = -3;
+            }
+            bdta3_coldata data{valid.data(), values.data(), nullptr};
+            bdta3_col x{1, nullptr, &data};
+            Result result(nrows);
+            ASSERT_EQ(run<TotalNegativeIsNull>(Call{}, &result.col, nrows, &x), 0);
+            const bool made_null = place < nrows && valid[place] != 0;
+            EXPECT_EQ(result.col.all_valid, made_null ? 0u : 1u) << nrows << ' ' << place;
+            for (uint32_t i = 0; i < nrows; ++i) {
+                const bool is_null = i == place || valid[i] == 0;
+                ASSERT_EQ(result.valid[i], is_null ? 0 : 1) << i;
+                ASSERT_EQ(result.values[i], is_null ? kHeld : 1.5) << i;
+            }
+            EXPECT_EQ(result.valid[nrows], kHeldByte);
+        }
+    }
+}
+
 int prepared = 0;
 int torn_down = 0;
 

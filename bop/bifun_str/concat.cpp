@@ -1,0 +1,111 @@
+// concat(a, b).
+//
+// Blanks stay a count as long as no text follows them: 'a' with two blanks and 'b' is 'a  b', with an empty text it is 'a' with two
+// blanks. The limit is on stored bytes, so that a value may be longer than 32767 with its blanks. One operand alone is handed on: b
+// whatever its length, a up to the limit, and beyond it under another code than that of the two together.
+#include <cstring>
+
+#include "bop/bifun_str/text.h"
+#include "bop/frame/copy_text.h"
+#include "bop/frame/export.h"
+#include "qzbifun/string.h"
+
+namespace bifun {
+namespace {
+
+// A value of a followed by b. b is text of its own, or an empty one that brings its blanks.
+Code put_joined(Row out, const Text& a, const Text& b, const char* worker) {
+    const bool text_follows = b.len != 0;
+    const uint64_t written = text_follows ? a.blank : 0;
+    const uint64_t len = uint64_t{a.len} + written + b.len;
+    const uint64_t blank = uint64_t{b.blank} + (text_follows ? 0 : a.blank);
+    // More blanks than a slot can count are too many as well.
+    if (len > kMostTextBytes || blank > UINT32_MAX) return Code{EC_STRING_TOO_LONG};
+    char* const to = reserve_text(out, static_cast<uint32_t>(len), static_cast<uint32_t>(blank));
+    if (len == 0) return kOk;
+    if (to == nullptr) return out.fail(EC_OUT_OF_MEMORY, worker);
+    copy_text(to, a.bytes, a.len);
+    if (written != 0) std::memset(to + a.len, ' ', written);
+    copy_text(to + a.len + written, b.bytes, b.len);
+    return kOk;
+}
+
+Code put_alone(Row out, const Text& text, const char* worker) {
+    char* const to = reserve_text(out, text.len, text.blank);
+    if (text.len == 0) return kOk;
+    if (to == nullptr) return out.fail(EC_OUT_OF_MEMORY, worker);
+    copy_text(to, text.bytes, text.len);
+    return kOk;
+}
+
+template <class Form>
+struct ConcatRow {
+    static constexpr Rules rules{.row_null = RowNull::kAll, .on_failure = OnFailure::kClear};
+
+    static Code row(Row out, const Nullable<Text>& a, const Nullable<Text>& b) {
+        if (a.valid != 0 && b.valid != 0) [[likely]]
+            return put_joined(out, a.value, b.value, Form::kWorker);
+        if (a.valid == 0) return put_alone(out, b.value, Form::kWorker);
+        if (a.value.len > kMostTextBytes) return Code{EC_INVALID_ARGUMENT};
+        return put_alone(out, a.value, Form::kWorker);
+    }
+};
+
+// Unlike its kin it looks at the rows: the flag is 1 where none came out NULL.
+struct ConcatVectors {
+    static constexpr const char* kWorker = "bconcat_aa_process";
+
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* a, bdta3_col* b) {
+        ConcatRow<ConcatVectors> worker;
+        if (nrows != 0) {
+            const int32_t code = frame::rows(worker, call, frame::Output(result), nrows, a, b);
+            if (code < 0) return code;
+        }
+        result->all_valid = nrows == 0 || std::memchr(result->data->valid, 0, nrows) == nullptr;
+        return 0;
+    }
+};
+
+// Any has_value but 0 is a value. Its low byte enters the valid bytes of the rows, so that it must not be 0.
+nstr with_value_in_low_byte(const bdta3_scalar* constant) {
+    nstr copy = reinterpret_cast<const nstr&>(*constant);
+    if (copy.has_value != 0 && static_cast<uint8_t>(copy.has_value) == 0) copy.has_value = 1;
+    return copy;
+}
+
+template <class Form, class... Slot>
+int32_t concat_with_constant(const Call& call, bdta3_col* result, uint32_t nrows, uint32_t flag, Slot*... slot) {
+    result->all_valid = flag;
+    ConcatRow<Form> worker;
+    return nrows == 0 ? 0 : frame::rows(worker, call, frame::Output(result), nrows, slot...);
+}
+
+struct ConcatWithConstant {
+    static constexpr const char* kWorker = "bconcat_av_process";
+
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* a, bdta3_scalar* b) {
+        nstr constant = with_value_in_low_byte(b);
+        const uint32_t flag = frame::flag_of(*a) | frame::flag_of(*b);
+        return concat_with_constant<ConcatWithConstant>(call, result, nrows, flag, a,
+                                                        reinterpret_cast<bdta3_scalar*>(&constant));
+    }
+};
+
+struct ConcatToConstant {
+    static constexpr const char* kWorker = "bconcat_va_process";
+
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_scalar* a, bdta3_col* b) {
+        nstr constant = with_value_in_low_byte(a);
+        const uint32_t flag = frame::flag_of(*a) | frame::flag_of(*b);
+        return concat_with_constant<ConcatToConstant>(call, result, nrows, flag, reinterpret_cast<bdta3_scalar*>(&constant), b);
+    }
+};
+
+}  // namespace
+}  // namespace bifun
+
+using namespace bifun;
+
+BIFUN_EXPORT_2(bconcat_aa_str, ConcatVectors, a, a)
+BIFUN_EXPORT_2(bconcat_av_str, ConcatWithConstant, a, v)
+BIFUN_EXPORT_2(bconcat_va_str, ConcatToConstant, v, a)
