@@ -9,8 +9,8 @@
 namespace bifun {
 namespace {
 
-constexpr int32_t kMinutesOfHour = 60;
-constexpr int32_t kMinutesOfDay = 24 * kMinutesOfHour;
+constexpr uint32_t kMinutesOfHour = 60;
+constexpr int64_t kMinutesOfDay = 24 * kMinutesOfHour;
 
 struct CarriedTime {
     int64_t days;
@@ -20,10 +20,14 @@ struct CarriedTime {
 
 // Cut towards minus infinity, so that what is negative borrows from the day.
 CarriedTime carry(int32_t hour, int32_t minute) {
+    constexpr int64_t kDays = int64_t{1} << 28;                     // make the sum positive
     const int64_t total = int64_t{hour} * kMinutesOfHour + minute;  // within 131 thousand million
-    const int64_t days = total / kMinutesOfDay - (total % kMinutesOfDay < 0);
-    const auto minutes = static_cast<int32_t>(total - days * kMinutesOfDay);  // 0 to 1439
-    return {days, minutes / kMinutesOfHour, minutes % kMinutesOfHour};
+    const auto positive = static_cast<uint64_t>(total + kDays * kMinutesOfDay);
+    const uint64_t days = positive / kMinutesOfDay;
+    const auto minutes = static_cast<uint32_t>(positive - days * kMinutesOfDay);  // 0 to 1439
+    const uint32_t hours = minutes / kMinutesOfHour;
+    return {static_cast<int64_t>(days) - kDays, static_cast<int32_t>(hours),
+            static_cast<int32_t>(minutes - hours * kMinutesOfHour)};
 }
 
 Code logged(int32_t code, int32_t line) {
@@ -44,15 +48,15 @@ Code compose(int32_t year, int32_t month, int32_t day, int32_t hour, int32_t min
         return kOk;
     }
     const CarriedTime time = carry(hour, minute);
-    if (month < 1 || month > 12) qztime_format_date(&year, &month, 0);
+    qztime_format_date(&year, &month, 0);
     const int64_t number = qztime_calc_n_days_from_zero(year, month, 1) + time.days + day - 1;  // far within 64 bits
-    int32_t code = qztime_get_date_by_ndays_from_zero(number, &year, &month, &day);
+    const int32_t code = qztime_get_date_by_ndays_from_zero(number, &year, &month, &day);
     if (code < 0) return logged(code, __LINE__);
     if (year == 0) return Code{EC_YEAR_ZERO};
-    code = qztime_date_validate(year, month, day);
-    if (code < 0) return logged(code, __LINE__);
+    // A day that the calendar numbers exists: nothing is left to check but the gap.
     if (qztime_cmp_with_glgl(year, month, day) == 0) day = 15;
-    return Code{qztime_encode(&result, year, month, day, time.hour, time.minute, 0, 0, TZ_NONE)};
+    qztime_encode_without_check(&result, year, month, day, time.hour, time.minute, 0, 0, TZ_NONE);
+    return kOk;
 }
 
 struct ToDatetime {

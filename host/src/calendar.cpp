@@ -96,15 +96,6 @@ int32_t qztime_convert_weekday(uint32_t charset_code, const char* name) {
     return kUnknownWeekday;
 }
 
-void qztime_format_date(int32_t* year, int32_t* month, [[maybe_unused]] int32_t zero) {
-    if (*month >= 1 && *month <= 12) return;
-    const int64_t months = int64_t{*month} - 1;                       // within 2^31 and 1
-    const int64_t carry = (months >= 0 ? months : months - 11) / 12;  // rounded down
-    *month = static_cast<int32_t>(months - carry * 12) + 1;
-    constexpr int64_t kLowest = std::numeric_limits<int32_t>::min(), kHighest = std::numeric_limits<int32_t>::max();
-    *year = static_cast<int32_t>(std::clamp(*year + carry, kLowest, kHighest));
-}
-
 int64_t host_count_days_from_zero(int32_t year, int32_t month, int32_t day) {
     qztime_format_date(&year, &month, 0);
     // As host_day_number_of, in 64 bits. The years are counted from a multiple of 400 below the lowest 32-bit number.

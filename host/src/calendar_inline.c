@@ -45,6 +45,7 @@ extern inline int32_t qztime_diff_day_without_glgl_adjust(const qztime* a, const
 extern inline int32_t qztime_day_of_week(const qztime* value);
 extern inline int32_t qztime_day_of_year(const qztime* value);
 extern inline int32_t qztime_week_for_datepart(const qztime* value);
+extern inline void qztime_format_date(int32_t* year, int32_t* month, int32_t zero);
 extern inline int64_t qztime_calc_n_days_from_zero(int32_t year, int32_t month, int32_t day);
 extern inline int32_t qztime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, int32_t* month, int32_t* day);
 extern inline int32_t host_add_days(const qztime* value, int64_t days, qztime* out);

@@ -289,7 +289,14 @@ int32_t qztime_convert_weekday(uint32_t charset_code, const char* name);
 
 /* Brings a month outside 1 to 12 into the range, carrying into the year. zero is always 0. A year that would leave 32 bits stays at
  * the end of them, where no calendar reaches. */
-void qztime_format_date(int32_t* year, int32_t* month, int32_t zero);
+inline void qztime_format_date(int32_t* year, int32_t* month, int32_t zero) {
+    const int64_t years = 1 << 28;                               /* make the months positive */
+    const uint64_t months = (uint64_t)(12 * years + *month - 1); /* 1.07e9 to 5.37e9 */
+    const int64_t carried = *year + (int64_t)(months / 12) - years;
+    (void)zero;
+    *month = (int32_t)(months % 12) + 1;
+    *year = carried < INT32_MIN ? INT32_MIN : carried > INT32_MAX ? INT32_MAX : (int32_t)carried;
+}
 
 /* qztime_calc_n_days_from_zero of any fields. */
 int64_t host_count_days_from_zero(int32_t year, int32_t month, int32_t day);
