@@ -11,7 +11,6 @@
 // Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out,
 // and a constant CLOB read, by the first row that needs it and for all.
 #include <cstdint>
-#include <source_location>
 
 #include "bop/bifun_str/lob_read.h"
 #include "bop/bifun_str/local_string.h"
@@ -33,9 +32,9 @@ struct Bytes {
     uint32_t len = 0;
 };
 
-// A service's code, in the log when it failed.
-Code logged(int32_t code, std::source_location place = std::source_location::current()) {
-    if (code < 0) elog_try_report_qzerr(code, place.file_name(), static_cast<int32_t>(place.line()));
+// A service's code, in the log when it failed. The line is the caller's.
+Code logged(int32_t code, int32_t line = __builtin_LINE()) {
+    if (code < 0) elog_try_report_qzerr(code, __FILE__, line);
     return Code{code};
 }
 

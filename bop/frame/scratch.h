@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <source_location>
 
 #include "bop/frame/memory.h"
 
@@ -17,14 +16,14 @@ class Scratch {
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    // Room for n entries, not set to anything, in place of what was taken before. NULL on exhaustion.
-    T* take(qz_env* env, rt_memobj* rt_mem, uint32_t n, std::source_location place = std::source_location::current()) {
+    // Room for n entries, not set to anything, in place of what was taken before. NULL on exhaustion. file and line are the caller's;
+    // clang 14 lacks std::source_location.
+    T* take(qz_env* env, rt_memobj* rt_mem, uint32_t n, const char* file = __builtin_FILE(), int32_t line = __builtin_LINE()) {
         release();
         if (n <= kInFrame) return frame_;
         env_ = env;
         rt_mem_ = rt_mem;
-        const auto line = static_cast<int32_t>(place.line());
-        block_ = static_cast<T*>(rt_mem->alloc(env, rt_mem->pool, size_t{n} * sizeof(T), place.file_name(), line));
+        block_ = static_cast<T*>(rt_mem->alloc(env, rt_mem->pool, size_t{n} * sizeof(T), file, line));
         return block_;
     }
 
