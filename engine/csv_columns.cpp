@@ -7,6 +7,7 @@
 #include <new>
 #include <optional>
 
+#include "engine/charset.h"
 #include "engine/datetime_text.h"
 #include "engine/host_objects.h"
 #include "engine/interval_text.h"
@@ -15,6 +16,8 @@
 #include "engine/lob_values.h"
 #include "engine/value_text.h"
 #include "qzbifun/codes.h"
+#include "qzhost/characters.h"
+#include "qzhost/column.h"
 
 namespace qzengine {
 namespace {
@@ -103,9 +106,10 @@ ValueType type_of(Kind kind) {
 // what: the field is or has it, and is therefore no value of its column.
 [[noreturn]] void fail_field(const CsvBatch& batch, uint32_t row, const Column& column, const CsvBatch::Field& field,
                              const std::string& what) {
-    constexpr size_t kShown = 60;
-    std::string shown(field.text().substr(0, kShown));
-    if (field.size > kShown) shown += "...";
+    constexpr uint32_t kShown = 60;
+    std::string shown =
+        to_utf8(field.text().substr(0, qz_mbget_bytelen(field.begin, std::min(field.size, 4 * kShown), kShown)));
+    if (qz_mbstrlen_ex(field.begin, field.size) > kShown) shown += "...";
     throw InputError(fmt::format("line {}, column {}: '{}' {}; --type {}=string reads the column as text", batch.line(row),
                                  column.name, shown, what, column.name));
 }

@@ -11,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "engine/charset.h"
 #include "engine/csv_scan.h"
 
 namespace qzengine {
@@ -31,6 +32,14 @@ class FileDescriptor {
   private:
     int descriptor_;
 };
+
+// A name as UTF-8, as expressions write it. One of UTF-8 stays as it is, well-formed or not.
+std::string read_name(std::string_view text, uint32_t column) {
+    if (columns_are_utf8()) return std::string(text);
+    std::string name = to_utf8(text);
+    if (from_utf8(name) == text) return name;
+    throw InputError(fmt::format("line 1: the name of column {} is no text in {}", column + 1, charset_name()));
+}
 
 std::string error_text(int error) { return std::generic_category().message(error); }
 
@@ -294,7 +303,7 @@ void CsvReader::read_header() {
     header.columns_ = static_cast<uint32_t>(header.separators_);
     header.rows_ = 1;
     for (uint32_t column = 0; column < header.columns_; ++column) {
-        names_.emplace_back(header.unescape(header.field(0, column)).text());
+        names_.push_back(read_name(header.unescape(header.field(0, column)).text(), column));
     }
     if (names_.size() == 1 && names_[0].empty()) throw empty();
 }

@@ -7,7 +7,8 @@
  * the file has one column only: there an empty line is a NULL. A carriage return anywhere else is part of its field.
  *
  * A record with too few or too many fields, a quote inside an unquoted field, text behind a closing quote, a quoted field that
- * is not closed, and a record of more than kMaxRecordBytes are an InputError with the line.
+ * is not closed, and a record of more than kMaxRecordBytes are an InputError with the line; so is a name that is not of the character
+ * set of columns. No byte of a character of these sets is a comma, a quote or a line end but the character itself.
  */
 #ifndef QZENGINE_CSV_READER_H
 #define QZENGINE_CSV_READER_H
@@ -129,7 +130,7 @@ class CsvReader {
     // Reads the first record. InputError when there is none.
     explicit CsvReader(ByteSource source, CsvLimits limits = {});
 
-    const std::vector<std::string>& names() const { return names_; }
+    const std::vector<std::string>& names() const { return names_; }  // as UTF-8
 
     // Cuts the next batch out of the input, without a look at its fields: quick, and in the order of the file. False at the end.
     bool next(CsvBatch& batch);

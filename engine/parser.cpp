@@ -63,7 +63,7 @@ class Parser {
     class Level {
       public:
         explicit Level(Parser& parser) : parser_(parser) {
-            if (++parser_.nesting_ > kMaxNesting) parser_.fail(fmt::format("nesting deeper than {} levels", kMaxNesting));
+            if (++parser_.nesting_ > kMaxNesting) parser_.fail_nesting();
         }
         ~Level() { --parser_.nesting_; }
         Level(const Level&) = delete;
@@ -74,6 +74,8 @@ class Parser {
     };
 
     [[noreturn]] void fail(const std::string& message) const { throw QueryError(text_, token_.begin, message); }
+
+    [[noreturn]] void fail_nesting() const { fail(fmt::format("nesting deeper than {} levels", kMaxNesting)); }
 
     std::string found() const {
         if (token_.kind == TokenKind::kEnd) return "the expression ends here";
@@ -112,7 +114,7 @@ class Parser {
 
     // What stands behind a whole operand and cannot go on there.
     [[noreturn]] void fail_behind_operand(std::string_view expected) const {
-        constexpr std::array<std::string_view, 5> kArithmetic{"+", "-", "*", "/", "||"};
+        constexpr std::array<std::string_view, 4> kArithmetic{"+", "-", "*", "/"};
         if (std::any_of(kArithmetic.begin(), kArithmetic.end(),
                         [&](std::string_view symbol) { return token_.is_symbol(symbol); })) {
             fail(fmt::format("there is no operator {}; use functions, comparisons, AND, OR and NOT", token_.text));
@@ -166,7 +168,7 @@ class Parser {
     }
 
     Expression comparison() {
-        Expression left = signed_operand();
+        Expression left = concatenation();
         if (accept_keyword("is")) {
             const bool negated = accept_keyword("not");
             expect_keyword("null");
@@ -178,7 +180,7 @@ class Parser {
         advance();
         const size_t begin = left.begin;
         Expression compared = with_argument(begin, Comparison{*operation}, std::move(left));
-        compared.arguments.push_back(signed_operand());
+        compared.arguments.push_back(concatenation());
         compared.end = previous_end_;
         if (comparison_operator()) fail("comparisons do not chain; join them with AND");
         return compared;
@@ -199,6 +201,21 @@ class Parser {
             if (token_.text == symbol) return operation;
         }
         return std::nullopt;
+    }
+
+    // a || b || c is concat(concat(a, b), c): each link of the chain is a level of the tree.
+    Expression concatenation() {
+        Expression left = signed_operand();
+        for (int links = 1; token_.is_symbol("||"); ++links) {
+            if (nesting_ + links > kMaxNesting) fail_nesting();
+            advance();
+            const size_t begin = left.begin;
+            Expression joined = with_argument(begin, Call{"concat"}, std::move(left));
+            joined.arguments.push_back(signed_operand());
+            joined.end = previous_end_;
+            left = std::move(joined);
+        }
+        return left;
     }
 
     Expression signed_operand() {

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "engine/catalog/catalog.h"
+#include "engine/charset.h"
 #include "engine/datetime_text.h"
 #include "engine/evaluator.h"
 #include "engine/interval_text.h"
@@ -180,8 +181,14 @@ class Planner {
         return {add_constant({ValueType::kInt, int32_t{literal.value}}, text_of(expression))};
     }
 
+    // A text is of the character set of columns.
     Planned plan_what(const Expression& expression, const StringLiteral& literal) {
-        return {add_constant({ValueType::kString, SlotValue{literal.text, 0}}, text_of(expression))};
+        std::optional<std::string> text = from_utf8(literal.text);
+        if (!text) {
+            fail(expression,
+                 fmt::format("{} has no character {}", charset_name(), well_formed(first_unwritable(literal.text))));
+        }
+        return {add_constant({ValueType::kString, SlotValue{std::move(*text), 0}}, text_of(expression))};
     }
 
     // A text that names a zone makes a zoned value.

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "engine/charset.h"
 #include "engine/value_text.h"
 
 namespace qzengine {
@@ -73,6 +74,13 @@ void append_csv_text(TextBuffer& out, std::string_view text, uint32_t blank) {
     out.append('"');
 }
 
+// A name in the character set of the values.
+std::string written_name(const std::string& name) {
+    if (std::optional<std::string> written = from_utf8(name)) return *std::move(written);
+    throw UsageError(fmt::format("the name {} cannot be written: {} has no character {}; AS gives another name",
+                                 well_formed(name), charset_name(), well_formed(first_unwritable(name))));
+}
+
 class CsvWriter : public ResultWriter {
   public:
     explicit CsvWriter(const Plan& plan) : columns_(columns_of(plan)) {}
@@ -80,7 +88,7 @@ class CsvWriter : public ResultWriter {
     void begin(TextBuffer& out) override {
         for (size_t i = 0; i < columns_.size(); ++i) {
             if (i > 0) out.append(',');
-            append_csv_text(out, columns_[i].name, 0);
+            append_csv_text(out, written_name(columns_[i].name), 0);
         }
         out.append('\n');
     }
@@ -141,7 +149,7 @@ class JsonWriter : public ResultWriter {
         for (const ResultColumn& column : columns_) {
             TextBuffer key;
             key.append(keys_.empty() ? "{" : ",");
-            append_json_text(key, column.name, 0);
+            append_json_text(key, well_formed(column.name), 0);
             key.append(':');
             keys_.emplace_back(key.view());
         }
@@ -173,7 +181,8 @@ class JsonWriter : public ResultWriter {
         if (is_text(column.type)) {
             std::string storage;
             const Text text = text_in(env, column, vector, row, storage);
-            return append_json_text(out, text.bytes, text.blank);
+            std::string converted;
+            return append_json_text(out, to_utf8(text.bytes, converted), text.blank);
         }
         TextBuffer text;
         append_value_text(text, env, column.type, vector, row);
@@ -186,12 +195,17 @@ class JsonWriter : public ResultWriter {
 
 // ---- Table -----------------------------------------------------------------------------------------------------------------------
 
-// Text without what would move a terminal's cursor.
+// Text in UTF-8 without what would move a terminal's cursor.
 std::string printable(std::string_view text) {
     std::string shown;
-    for (char c : text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
         const auto byte = static_cast<unsigned char>(c);
-        if (c == '\n') {
+        const auto next = static_cast<unsigned char>(i + 1 < text.size() ? text[i + 1] : 0);
+        if (byte == 0xC2 && next < 0xA0) {  // U+0080 to U+009F
+            shown += fmt::format("\\x{:02X}", next);
+            ++i;
+        } else if (c == '\n') {
             shown += "\\n";
         } else if (c == '\t') {
             shown += "\\t";
@@ -204,15 +218,10 @@ std::string printable(std::string_view text) {
     return shown;
 }
 
-// Characters of UTF-8 text: bytes that do not go on with one.
-size_t display_width(std::string_view text) {
-    return static_cast<size_t>(std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xC0) != 0x80; }));
-}
-
 class TableWriter : public ResultWriter {
   public:
     explicit TableWriter(const Plan& plan) : columns_(columns_of(plan)) {
-        for (const ResultColumn& column : columns_) names_.push_back(printable(column.name));
+        for (const ResultColumn& column : columns_) names_.push_back(printable(well_formed(column.name)));
         for (const std::string& name : names_) widths_.push_back(display_width(name));
     }
 
@@ -230,7 +239,7 @@ class TableWriter : public ResultWriter {
                 TextBuffer text;
                 if (is_text(columns_[column].type)) {
                     const Text value = text_in(env, columns_[column], vector, row, storage);
-                    text.append(value.bytes);
+                    text.append(to_utf8(value.bytes));
                     text.append(value.blank, ' ');
                 } else {
                     append_value_text(text, env, columns_[column].type, vector, row);

@@ -1,5 +1,5 @@
 /*
- * Results as text: CSV, JSON or a table for people.
+ * Results as text: CSV, JSON or a table for people. CSV is in the character set of columns, the others are UTF-8.
  *
  * csv    RFC 4180 with line feeds and a first record of names. NULL is an empty field, an empty string a pair of quotes.
  * json   an array with an object for each row, one on each line. Decimals are numbers with all their digits; what is no JSON

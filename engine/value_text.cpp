@@ -6,6 +6,7 @@
 #include <cmath>
 #include <utility>
 
+#include "engine/charset.h"
 #include "engine/datetime_text.h"
 #include "engine/interval_text.h"
 #include "engine/letters.h"
@@ -138,7 +139,7 @@ void describe_bytes(TextBuffer& out, bool binary, std::string_view bytes, uint32
     if (binary) {
         append_hex(out, bytes);
     } else {
-        for (char c : bytes) {
+        for (char c : to_utf8(bytes)) {
             if (c == '\'') out.append(c);
             out.append(c);
         }

@@ -34,7 +34,7 @@ void append_value_text(TextBuffer& out, qz_env* env, ValueType type, const bdta3
 // The value of a LOB: in the slot, or else in storage. EvaluationError when it cannot be read.
 std::string_view lob_text(qz_env* env, ValueType type, const bdta3_colstr& slot, std::string& storage);
 
-// A constant for people, as its literal: strings in quotes, NULL as NULL.
+// A constant for people, as its literal in UTF-8: strings in quotes, NULL as NULL.
 std::string describe(const Constant& constant);
 
 // Two digits for each byte, in either case. 0 or EC_HEX_TEXT_INVALID.

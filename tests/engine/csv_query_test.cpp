@@ -8,6 +8,8 @@
 
 #include "engine/catalog/catalog.h"
 #include "engine/parser.h"
+#include "qzbifun/codes.h"
+#include "qzhost/control.h"
 #include "tests/engine/csv_test_support.h"
 
 namespace qzengine {
@@ -300,6 +302,59 @@ TEST(CsvQuery, ACharCountsCharactersNotBytes) {
               "line 3, column s: 'é中😀x  ' has 4 characters, more than char(3); --type s=string reads the column as text");
     EXPECT_EQ(run("n,s\n1,\"line\nbreak\"\n", {.select = "s", .types = types}).error,
               "line 2, column s: 'line\nbreak' has 10 characters, more than char(3); --type s=string reads the column as text");
+}
+
+// ---- Character sets ----------------------------------------------------------------------------------------------------------------
+
+class EucKr {
+  public:
+    EucKr() { host_parameter_set(SERVER_CHARSET, 2); }
+    ~EucKr() { host_parameters_reset(); }
+    EucKr(const EucKr&) = delete;
+    EucKr& operator=(const EucKr&) = delete;
+};
+
+TEST(CsvQuery, ResultsAreOfTheFilesCharacterSetAndJsonAndTablesAreUtf8) {
+    const EucKr charset;
+    const std::string csv = "\xC0\xCC\xB8\xA7,n\n\xB0\xA1\xB3\xAA,1\na\xFF,2\n";
+    EXPECT_EQ(run(csv, {.select = "이름, n"}).text, csv) << "bytes that are no characters go through";
+    EXPECT_EQ(run(csv, {.select = "이름, '다' AS 다", .where = "이름 = '가나'"}).text,
+              "\xC0\xCC\xB8\xA7,\xB4\xD9\n\xB0\xA1\xB3\xAA,\xB4\xD9\n");
+    EXPECT_EQ(run(csv, {.select = "이름, n AS é", .format = ResultFormat::kJson}).text,
+              "[\n{\"이름\":\"가나\",\"é\":1},\n{\"이름\":\"a\uFFFD\",\"é\":2}\n]\n");
+    EXPECT_EQ(run(csv, {.select = "이름, n AS é", .format = ResultFormat::kTable}).text,
+              " 이름 | é\n------+---\n 가나 | 1\n a\uFFFD   | 2\n(2 rows)\n");
+    EXPECT_EQ(run(csv, {.select = "이름, n AS é"}).error,
+              "the name é cannot be written: euc-kr has no character é; AS gives another name");
+    EXPECT_EQ(run(csv, {.select = "이름", .types = {{"이름", {ValueType::kString, 2}}}}).text,
+              "\xC0\xCC\xB8\xA7\n\xB0\xA1\xB3\xAA\na\xFF\n");
+    EXPECT_EQ(run(csv, {.select = "이름", .types = {{"이름", {ValueType::kString, 1}}}}).error,
+              "line 2, column 이름: '가나' has 2 characters, more than char(1); --type 이름=string reads the column as text");
+}
+
+TEST(CsvQuery, JsonIsUtf8AlsoOfAFileThatIsNot) {
+    EXPECT_EQ(run("s\na\xFFz\n", {.select = "s", .format = ResultFormat::kJson}).text, "[\n{\"s\":\"a\uFFFDz\"}\n]\n");
+    EXPECT_EQ(run("s\na\xFFz\n", {.select = "s"}).text, "s\na\xFFz\n");
+}
+
+TEST(CsvQuery, ATableIsAlignedByWhatATerminalShows) {
+    EXPECT_EQ(run("s,t\n中文,1\ne\u0301,2\nabcde,3\n", {.select = "s, t", .format = ResultFormat::kTable}).text,
+              " s     | t\n-------+---\n 中文  | 1\n e\u0301     | 2\n abcde | 3\n(3 rows)\n");
+    EXPECT_EQ(run("s\n\u009B31m\n", {.select = "s", .format = ResultFormat::kTable}).text,
+              " s\n---------\n \\x9B31m\n(1 row)\n");
+}
+
+TEST(CsvQuery, AFieldThatDoesNotFitIsShownInWholeCharacters) {
+    std::string long_text;
+    std::string shown;
+    for (int i = 0; i < 70; ++i) {
+        long_text += "中";
+        if (i < 60) shown += "中";
+    }
+    EXPECT_EQ(run("n\n" + long_text + "\n", {.select = "n", .types = {{"n", ValueType::kInt}}}).error,
+              "line 2, column n: '" + shown + "...' is no int; --type n=string reads the column as text");
+    EXPECT_EQ(run("n\n" + shown + "\n", {.select = "n", .types = {{"n", ValueType::kInt}}}).error,
+              "line 2, column n: '" + shown + "' is no int; --type n=string reads the column as text");
 }
 
 TEST(CsvQuery, StringsWithDoubledQuotesAreReadOnceForTwoUses) {

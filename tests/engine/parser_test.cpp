@@ -195,11 +195,29 @@ TEST(Parser, ErrorsAreSeenWhereTheyStand) {
 
 TEST(Parser, ErrorsSayWhatToDo) {
     EXPECT_EQ(error_of("a + b"), "there is no operator +; use functions, comparisons, AND, OR and NOT");
-    EXPECT_EQ(error_of("f(a || b)"), "there is no operator ||; use functions, comparisons, AND, OR and NOT");
+    EXPECT_EQ(error_of("f(a * b)"), "there is no operator *; use functions, comparisons, AND, OR and NOT");
     EXPECT_EQ(error_of("1, "), "expected a value, a column or a function, the expression ends here");
     EXPECT_EQ(error_of("a as"), "expected a name behind AS, the expression ends here");
     EXPECT_EQ(error_of("2x"), "a number is followed by a letter; put a name that begins with a digit in double quotes");
     EXPECT_EQ(error_of("1 < 2 < 3"), "comparisons do not chain; join them with AND");
+}
+
+TEST(Parser, TwoBarsAreConcat) {
+    EXPECT_EQ(shape_of("a || 'b'"), "concat(n:a s:b)");
+    EXPECT_EQ(shape_of("a || b || c"), "concat(concat(n:a n:b) n:c)");
+    EXPECT_EQ(shape_of("a || (b || c)"), "concat(n:a concat(n:b n:c))");
+    EXPECT_EQ(shape_of("a || b = c || d"), "[= concat(n:a n:b) concat(n:c n:d)]");
+    EXPECT_EQ(shape_of("a || b is null"), shape_of("concat(a, b) is null"));
+    EXPECT_EQ(shape_of("a || -b"), shape_of("concat(a, -b)"));
+    EXPECT_EQ(error_position("a || "), 5);
+    EXPECT_EQ(error_position("|| a"), 0);
+    EXPECT_EQ(error_position("a | | b"), 2);
+    // A chain is as deep a tree as it is long.
+    std::string chain = "a";
+    for (int i = 0; i < kMaxNesting - 1; ++i) chain += " || a";
+    EXPECT_EQ(error_of(chain), "");
+    EXPECT_EQ(error_of(chain + " || a"), "nesting deeper than 200 levels");
+    EXPECT_EQ(error_of("f(" + chain + ")"), "nesting deeper than 200 levels");
 }
 
 TEST(Parser, DatesAndTimesAreWordsBeforeATextOnly) {

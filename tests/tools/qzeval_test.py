@@ -121,6 +121,41 @@ class QzevalTest(unittest.TestCase):
         self.expect(qzeval("name", file, "--type", "name=clob(5)"), 2, "", "clob takes nothing in parentheses")
         self.expect(qzeval("CAST('it''s' AS char(6)) AS c, CAST('x' AS clob) AS l", "--format", "json"), 0, '[\n{"c":"it\'s","l":"x"}\n]\n')
 
+    def test_files_of_every_character_set(self):
+        """Python's codecs say what the bytes are. The texts are of characters that all three sets have."""
+        text = "이름,text,n\n가나  ,中文가나,1\n\"라\",,2\n가,가나中文,3\n"
+        for charset, codec in ("utf8", "utf-8"), ("gb18030", "gb18030"), ("euc-kr", "euc_kr"):
+            with self.subTest(charset=charset):
+                file = self.path("in.csv")
+                pathlib.Path(file).write_bytes(text.encode(codec))
+                common = file, "--charset", charset, "--type", "이름=char(4)", "--type", "text=clob"
+                result = qzeval("이름, text, '文' AS 中", *common, "--where", "이름 < '나'")
+                self.expect(result, 0)
+                self.assertEqual(result.stdout, "이름,text,中\n가나,中文가나,文\n가,가나中文,文\n".encode(codec))
+                result = qzeval("이름, text", *common, "--format", "json")
+                self.assertEqual(json.loads(result.stdout.decode()), [
+                    {"이름": "가나", "text": "中文가나"}, {"이름": "라", "text": None}, {"이름": "가", "text": "가나中文"}])
+                self.expect(qzeval("이름, text, n", *common, "--format", "table"), 0,
+                            " 이름 | text     | n\n------+----------+---\n 가나 | 中文가나 | 1\n 라   | NULL     | 2\n"
+                            " 가   | 가나中文 | 3\n(3 rows)\n")
+                self.expect(qzeval("locate('나', 이름) AS a, locate('가', CAST(text AS string)) AS b", *common), 0, "a,b\n2,3\n0,\n0,1\n")
+                self.expect(qzeval("locate(' ', 이름, 2) AS n", *common), 0, "n\n3\n2\n2\n")
+                self.expect(qzeval("이름", *common, "--type", "이름=char(1)"), 3, None,
+                            "line 2, column 이름: '가나  ' has 2 characters, more than char(1)")
+                self.expect(qzeval("nmae", *common), 2, "", "there is no column nmae; the columns are 이름, text, n")
+                self.expect(qzeval("abs(CAST(이름 AS bigint))", *common), 1, None, "with 이름 = '가나  '")
+
+    def test_bytes_that_are_no_characters(self):
+        for charset, bad in ("utf8", b"\xe4\xb8"), ("gb18030", b"\xff"), ("euc-kr", b"\xff"):
+            with self.subTest(charset=charset):
+                file = self.path("in.csv")
+                pathlib.Path(file).write_bytes(b"s\na" + bad + b"z\n")
+                self.assertEqual(qzeval("s", file, "--charset", charset).stdout, b"s\na" + bad + b"z\n")
+                self.assertEqual(json.loads(qzeval("s", file, "--charset", charset, "--format", "json").stdout), [{"s": "a\ufffdz"}])
+        self.expect(qzeval("'é'", "--charset", "euc-kr"), 2, "", "euc-kr has no character é\n  'é'\n  ^\n")
+        result = qzeval("1 AS é", "--charset", "euc-kr")
+        self.expect(result, 2, "", "the name é cannot be written: euc-kr has no character é; AS gives another name")
+
     def test_lobs_of_a_long_file_do_not_pile_up(self):
         def most_memory(rows):
             """Of a run over so many LOBs of 8 KiB, each out of row."""
@@ -187,6 +222,7 @@ class QzevalTest(unittest.TestCase):
     def test_errors_of_the_expression_are_shown_where_they_stand(self):
         self.expect(qzeval("abs(1"), 2, "", "qzeval: expected a comma or a closing parenthesis, the expression ends here\n  abs(1\n       ^\n")
         self.expect(qzeval("1,\nabs(é(2))"), 2, "", "\n  abs(é(2))\n      ^\n")
+        self.expect(qzeval("'中文', abs(1"), 2, "", "\n  '中文', abs(1\n" + " " * 15 + "^\n")
         self.expect(qzeval("n", self.path("in.csv", "n\n1\n"), "--where", "m = 1"), 2, "", "there is no column m; the columns are n\n  m = 1\n  ^\n")
 
     def test_wrong_usage(self):

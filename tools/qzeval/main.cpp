@@ -9,6 +9,7 @@
 #include <new>
 
 #include "engine/catalog/catalog.h"
+#include "engine/charset.h"
 #include "engine/csv_query.h"
 #include "engine/parser.h"
 #include "engine/plan.h"
@@ -99,8 +100,11 @@ std::string with_source(const QueryError& error) {
     const size_t begin = line_break == std::string::npos ? 0 : line_break + 1;
     const size_t end = std::min(source.find('\n', begin), source.size());
     std::string mark;
-    for (char c : source.substr(begin, position - begin)) {
-        if ((c & 0xC0) != 0x80) mark += c == '\t' ? '\t' : ' ';
+    for (size_t at = begin; at < position;) {
+        const size_t tab = std::min(source.find('\t', at), position);
+        mark.append(display_width(std::string_view(source).substr(at, tab - at)), ' ');
+        if (tab < position) mark += '\t';
+        at = tab + 1;
     }
     return fmt::format("{}\n  {}\n  {}^", error.what(), source.substr(begin, end - begin), mark);
 }

@@ -104,7 +104,8 @@ std::optional<int> parse_options(int argc, const char* const* argv, Options& opt
         ->option_text("N")
         ->check(CLI::Range(1, 256));
     app.add_option("--compat-mode", options.compat_mode, "compatibility mode of the functions; default 0")->option_text("N");
-    app.add_option("--charset", charset, "character set of the input: utf8 (default), gb18030 or euc-kr")->option_text("NAME");
+    app.add_option("--charset", charset, "character set of the input and of csv results: utf8 (default), gb18030 or euc-kr")
+        ->option_text("NAME");
     app.add_flag("--case-insensitive", options.case_insensitive, "string search folds case");
     CLI::Option* zone_option =
         app.add_option("--session-time-zone", time_zone, "the session's time zone, such as +08:00")->option_text("ZONE");
