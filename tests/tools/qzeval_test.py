@@ -138,12 +138,28 @@ class QzevalTest(unittest.TestCase):
                 self.expect(qzeval("이름, text, n", *common, "--format", "table"), 0,
                             " 이름 | text     | n\n------+----------+---\n 가나 | 中文가나 | 1\n 라   | NULL     | 2\n"
                             " 가   | 가나中文 | 3\n(3 rows)\n")
-                self.expect(qzeval("locate('나', 이름) AS a, locate('가', CAST(text AS string)) AS b", *common), 0, "a,b\n2,3\n0,\n0,1\n")
+                self.expect(qzeval("locate('나', 이름) AS a, locate('가', text) AS b", *common), 0, "a,b\n2,3\n0,\n0,1\n")
                 self.expect(qzeval("locate(' ', 이름, 2) AS n", *common), 0, "n\n3\n2\n2\n")
                 self.expect(qzeval("이름", *common, "--type", "이름=char(1)"), 3, None,
                             "line 2, column 이름: '가나  ' has 2 characters, more than char(1)")
                 self.expect(qzeval("nmae", *common), 2, "", "there is no column nmae; the columns are 이름, text, n")
                 self.expect(qzeval("abs(CAST(이름 AS bigint))", *common), 1, None, "with 이름 = '가나  '")
+
+    def test_strings_in_every_character_set(self):
+        """Python upper-cases and counts; a string of characters that all sets have, with Greek and Cyrillic letters of two bytes."""
+        names = ["ωmega юг", "가나 abc", "Z", "", "中文αβγ ж"]
+        for charset, codec in ("utf8", "utf-8"), ("gb18030", "gb18030"), ("euc-kr", "euc_kr"):
+            with self.subTest(charset=charset):
+                file = self.path("in.csv")
+                pathlib.Path(file).write_bytes("".join(f'"{line}"\n' for line in ["name", *names]).encode(codec))
+                common = file, "--charset", charset, "--type", "name=char(10)", "--format", "json"
+                rows = json.loads(qzeval("upper(name) AS u, lengthb(name) AS b, name || '中' AS c, locate('a', name) AS l, "
+                                         "locate('α', CAST(name AS clob), 2) AS k, CAST(upper(name) AS char(10)) AS t",
+                                         *common).stdout)
+                for name, row in zip(names, rows, strict=True):
+                    filled = name.ljust(10)
+                    self.assertEqual(row, {"u": filled.upper(), "b": len(filled.encode(codec)), "c": filled + "中",
+                                           "l": filled.find("a") + 1, "k": filled.find("α", 1) + 1, "t": name.upper()})
 
     def test_bytes_that_are_no_characters(self):
         for charset, bad in ("utf8", b"\xe4\xb8"), ("gb18030", b"\xff"), ("euc-kr", b"\xff"):
