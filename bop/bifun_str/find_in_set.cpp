@@ -19,8 +19,22 @@ namespace {
 
 constexpr uint32_t kElementsAtOnce = 100;
 
-// The elements of a list, where they stand in it. Those of one length are chained, so that a text meets no others: the length is
-// most of the comparison.
+// The first eight bytes of a text that is written out, or all of them, as a number. Equal texts have equal ones.
+uint64_t first_bytes(const Text& text) {
+    constexpr uint32_t kBytes = sizeof(uint64_t);
+    uint64_t word = 0;
+    if (text.len >= kBytes) {
+        std::memcpy(&word, text.bytes, kBytes);
+        return word;
+    }
+    for (uint32_t i = 0; i < text.len; ++i) word |= uint64_t{static_cast<uint8_t>(text.bytes[i])} << (8 * i);
+    const uint32_t end = static_cast<uint32_t>(std::min<uint64_t>(uint64_t{text.len} + text.blank, kBytes));
+    for (uint32_t i = text.len; i < end; ++i) word |= uint64_t{' '} << (8 * i);
+    return word;
+}
+
+// The elements of a list, where they stand in it, chained by a hash of length and first bytes: a text meets hardly an element but
+// those that it may be.
 class ElementList {
   public:
     explicit ElementList(qz_env* env) : env_(env) {}
@@ -28,14 +42,14 @@ class ElementList {
     ElementList(const ElementList&) = delete;
     ElementList& operator=(const ElementList&) = delete;
 
-    Code cut(const Call& call, const char* list, uint32_t len) {
-        const char* begin = list;
-        const char* const end = list + len;
+    Code cut(const Call& call, char* list, uint32_t len) {
+        char* begin = list;
+        char* const end = list + len;
         for (;;) {
             const size_t left = static_cast<size_t>(end - begin);
-            const void* comma = left == 0 ? nullptr : std::memchr(begin, ',', left);
-            const char* const behind = comma == nullptr ? end : static_cast<const char*>(comma);
-            if (const Code code = append(call, begin, static_cast<uint32_t>(behind - begin)); code.failed()) return code;
+            void* const comma = left == 0 ? nullptr : std::memchr(begin, ',', left);
+            char* const behind = comma == nullptr ? end : static_cast<char*>(comma);
+            if (const Code code = append(call, {begin, static_cast<uint32_t>(behind - begin), 0}); code.failed()) return code;
             if (comma == nullptr) break;
             begin = behind + 1;
         }
@@ -46,10 +60,12 @@ class ElementList {
     // The number of the first element that is the text. One that is a lone comma is none, as no element holds a comma.
     int32_t find(const Text& text) const {
         const uint64_t length = uint64_t{text.len} + text.blank;
-        for (uint32_t k = first_[bucket(length)]; k != 0; k = elements_[k - 1].next) {
+        const uint64_t first = first_bytes(text);
+        for (uint32_t k = chain_of(length, first); k != 0; k = elements_[k - 1].next) {
             const Element& element = elements_[k - 1];
-            if (element.len == length && qz_mbsncmp_f(text.bytes, element.bytes, text.len) == 0 &&
-                is_blank(element.bytes + text.len, text.blank)) {
+            if (element.text.len == length && element.first_bytes == first &&
+                qz_mbsncmp_f(text.bytes, element.text.bytes, text.len) == 0 &&
+                is_blank(element.text.bytes + text.len, text.blank)) {
                 return static_cast<int32_t>(k);
             }
         }
@@ -57,25 +73,34 @@ class ElementList {
     }
 
   private:
+    // Most chains are empty, and what is no element meets none.
+    static constexpr uint32_t kChainsEachBits = 2;
+    static constexpr uint32_t kChainsEach = 1 << kChainsEachBits;
+
     struct Element {
-        const char* bytes;
-        uint32_t len;
-        uint32_t next;  // number of the next one whose length falls into the same bucket; 0: none
+        Text text;
+        uint64_t first_bytes;
+        uint32_t next;  // number of the next one in its chain; 0: none
+        // Numbers of the first ones of some of the chains, which stand here to be one block with the elements; 0: none.
+        uint32_t chains[kChainsEach];
     };
 
-    // Longer elements share the last bucket.
-    static constexpr uint32_t kBuckets = 64;
-    static size_t bucket(uint64_t length) { return std::min<uint64_t>(length, kBuckets - 1); }
+    uint32_t& chain_of(uint64_t length, uint64_t first) const {
+        constexpr uint64_t kGolden = 0x9E3779B97F4A7C15u;
+        const uint64_t hash = ((first ^ length << 32) * kGolden) >> 32;
+        const uint64_t chain = hash * count_ >> (32 - kChainsEachBits);
+        return elements_[chain >> kChainsEachBits].chains[chain % kChainsEach];
+    }
 
     static bool is_blank(const char* bytes, uint32_t n) {
         return std::all_of(bytes, bytes + n, [](char byte) { return byte == ' '; });
     }
 
-    Code append(const Call& call, const char* bytes, uint32_t len) {
+    Code append(const Call& call, const Text& text) {
         if (count_ == capacity_) {
             if (const Code code = grow(call); code.failed()) return code;
         }
-        elements_[count_++] = {bytes, len, 0};
+        elements_[count_++] = {text, first_bytes(text), 0, {}};
         return kOk;
     }
 
@@ -97,8 +122,9 @@ class ElementList {
     // From the last to the first, so that a chain ascends.
     void chain() {
         for (uint32_t k = count_; k > 0; --k) {
-            uint32_t& first = first_[bucket(elements_[k - 1].len)];
-            elements_[k - 1].next = first;
+            Element& element = elements_[k - 1];
+            uint32_t& first = chain_of(element.text.len, element.first_bytes);
+            element.next = first;
             first = k;
         }
     }
@@ -107,7 +133,6 @@ class ElementList {
     Element* elements_ = nullptr;
     size_t capacity_ = 0;
     uint32_t count_ = 0;
-    uint32_t first_[kBuckets] = {};  // number of the first element in each bucket; 0: none
 };
 
 struct FindInList {
