@@ -83,6 +83,9 @@ class SearchContext {
         ctx_.shift_or.shift_limit = preshiftorprocess(pattern, bytes, ctx_.shift_or.shift_masks);
     }
 
+    // Puts other bytes of the same length in the pattern's place; the tables stay.
+    void search_for(const char* pattern) { ctx_.pattern = pattern; }
+
   private:
     void set_pattern(const char* pattern, uint32_t bytes, uint32_t chars) {
         ctx_.pattern = pattern;

@@ -36,7 +36,7 @@ class Scratch {
     T* block_ = nullptr;
     qz_env* env_ = nullptr;
     rt_memobj* rt_mem_ = nullptr;
-    T frame_[kInFrame];
+    T frame_[kInFrame == 0 ? 1 : kInFrame];
 };
 
 }  // namespace bifun

@@ -112,6 +112,7 @@ const Catalog& builtin_catalog() {
             overlaps_functions,
             string_basics_functions,
             string_position_functions,
+            string_search_functions,
         };
         for (auto family : kFamilies) {
             std::vector<Function> entries = family();

@@ -27,6 +27,7 @@ std::vector<Function> date_composition_functions();
 std::vector<Function> overlaps_functions();
 std::vector<Function> string_basics_functions();    // concat, length, upper, reverse, repeat
 std::vector<Function> string_position_functions();  // position, locate, find_in_set
+std::vector<Function> string_search_functions();    // instr, instrb
 
 }  // namespace qzengine
 
