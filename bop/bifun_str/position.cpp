@@ -12,21 +12,17 @@
 // Where case_sensitive is 0, pattern and texts are folded to upper case first, the texts in a buffer. One that is longer than a string
 // may be is folded in a block of the memory object.
 #include <cstdint>
-#include <cstring>
 
 #include "bop/bifun_str/blank_check.h"
+#include "bop/bifun_str/folded_copy.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/search_context.h"
 #include "bop/frame/export.h"
-#include "bop/frame/scratch.h"
-#include "bop/switches.h"
 #include "qzbifun/string.h"
 #include "qzhost/characters.h"
 
 namespace bifun {
 namespace {
-
-constexpr uint32_t kStringBuffer = 32768;  // bytes of a string, and a 0 byte
 
 // Searches for blanks that all stand, as the pattern is written out.
 struct BlankPattern {
@@ -66,7 +62,10 @@ struct PositionOf {
         .on_failure = OnFailure::kClear,
     };
 
+    PositionOf() {}
+
     Start prepare(const Call& call, bdta3_scalar* constant, bdta3_col*) {
+        caller = &call;
         nstr& argument = reinterpret_cast<nstr&>(*constant);
         if (const int32_t code = Pattern::take(local, call, argument, kFolded); code < 0) {
             elog_try_report_qzerr(code, __FILE__, __LINE__);
@@ -81,26 +80,24 @@ struct PositionOf {
 
     Code row(Row out, Text, Text text) const {
         if constexpr (kFolded) {
-            Scratch<char, kStringBuffer> buffer;
-            char* const folded = buffer.take(out.env(), out.rt_mem(), text.len);
-            if (folded == nullptr) return Code{EC_OUT_OF_MEMORY};
-            if (text.len != 0) std::memcpy(folded, text.bytes, text.len);
-            qz_mbsupper_ex(folded, text.len);
-            return out.put(Pattern::find(*context, {folded, text.len, text.blank}, blanks));
+            FoldedCopy<kTextBuffer> folded;
+            if (const Code code = folded.make(*caller, text, qz_mbsupper_ex); code.failed()) return code;
+            return out.put(Pattern::find(*context, folded.text(), blanks));
         } else {
             return out.put(Pattern::find(*context, text, blanks));
         }
     }
 
+    const Call* caller = nullptr;
     LocalString local;
     SearchContext context;
-    uint32_t blanks;  // implied ones of the pattern
+    uint32_t blanks = 0;  // implied ones of the pattern
 };
 
 struct Position {
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_scalar* constant, bdta3_col* text) {
         const nstr& pattern = reinterpret_cast<const nstr&>(*constant);
-        const bool folded = switches.case_sensitive == 0;
+        const bool folded = !heeds_case();
         if (pattern.len != 0) return rows<StoredPattern>(folded, call, result, nrows, constant, text);
         if (pattern.blank != 0) return rows<BlankPattern>(folded, call, result, nrows, constant, text);
         result->all_valid = text->all_valid;
