@@ -5,6 +5,8 @@
 // missing first point is the end, whatever its slot holds. That slot is read, and nothing else is made of it.
 #include "qzbifun/overlaps.h"
 
+#include <cstring>
+
 #include "bop/frame/export.h"
 #include "qzhost/calendar.h"
 
@@ -46,22 +48,44 @@ bool overlap(const Period& p, const Period& q) {
     return order < 0 && is_before(q.base, p.second);
 }
 
-// ---- Whole periods in one zone: the common case, without a branch on the order of the points ----------------------------------
+// ---- Whole periods: the common case, in one zone without a branch on the order of the points ------------------------------------
 
-using Moment = unsigned __int128;
-
-Moment moment_of(const qztime& value) { return Moment{host_second_key(&value)} << 32 | value.fraction; }
+// Zone and fraction of a record.
+uint64_t zone_and_fraction(const qztime& value) {
+    constexpr uint32_t kOffset = 5;  // of the minute; the second and these six bytes follow
+    uint64_t bytes;
+    static_assert(kOffset + sizeof bytes == sizeof(qztime));
+    std::memcpy(&bytes, reinterpret_cast<const char*>(&value) + kOffset, sizeof bytes);
+    return bytes >> 16;
+}
 
 bool in_one_zone(const qztime& p1, const qztime& p2, const qztime& q1, const qztime& q2) {
     return ((p1.tz ^ p2.tz) | (p1.tz ^ q1.tz) | (p1.tz ^ q2.tz)) == 0;
 }
 
+bool of_one_zone_and_fraction(const qztime& p1, const qztime& p2, const qztime& q1, const qztime& q2) {
+    const uint64_t first = zone_and_fraction(p1);
+    return ((first ^ zone_and_fraction(p2)) | (first ^ zone_and_fraction(q1)) | (first ^ zone_and_fraction(q2))) == 0;
+}
+
+using Moment = unsigned __int128;
+
+Moment moment_of(const qztime& value) { return Moment{host_second_key(&value)} << 32 | value.fraction; }
+
 // Two periods are apart when both points of one lie behind both of the other.
-bool whole_overlap(const qztime& p1, const qztime& p2, const qztime& q1, const qztime& q2) {
-    const Moment p[2] = {moment_of(p1), moment_of(p2)}, q[2] = {moment_of(q1), moment_of(q2)};
-    const bool behind = (p[0] > q[0]) & (p[0] > q[1]) & (p[1] > q[0]) & (p[1] > q[1]);
-    const bool before = (p[0] < q[0]) & (p[0] < q[1]) & (p[1] < q[0]) & (p[1] < q[1]);
+template <class T>
+bool not_apart(T p1, T p2, T q1, T q2) {
+    const bool behind = (p1 > q1) & (p1 > q2) & (p2 > q1) & (p2 > q2);
+    const bool before = (p1 < q1) & (p1 < q2) & (p2 < q1) & (p2 < q2);
     return !(behind | before);
+}
+
+bool whole_overlap(const qztime& p1, const qztime& p2, const qztime& q1, const qztime& q2) {
+    if (of_one_zone_and_fraction(p1, p2, q1, q2)) {
+        return not_apart(host_second_key(&p1), host_second_key(&p2), host_second_key(&q1), host_second_key(&q2));
+    }
+    if (in_one_zone(p1, p2, q1, q2)) return not_apart(moment_of(p1), moment_of(p2), moment_of(q1), moment_of(q2));
+    return overlap(period_of({&p1, true}, {&p2, true}), period_of({&q1, true}, {&q2, true}));
 }
 
 // ---- Families ---------------------------------------------------------------------------------------------------------------
@@ -81,8 +105,7 @@ struct OverlapsDatetimes {
 
     static Code row(const Argument<qztime>& p1, const Argument<qztime>& p2, const Argument<qztime>& q1,
                     const Argument<qztime>& q2, int32_t* result) {
-        const bool whole = p1.present & p2.present & q1.present & q2.present;
-        if (whole && in_one_zone(p1.value, p2.value, q1.value, q2.value)) {
+        if (p1.present & p2.present & q1.present & q2.present) {
             *result = whole_overlap(p1.value, p2.value, q1.value, q2.value);
         } else {
             *result = overlap(period_of({&p1.value, p1.present}, {&p2.value, p2.present}),
@@ -107,7 +130,12 @@ struct OverlapsIntervals {
         if (x2.present) {
             if (const Code code{kAdd(&s2.value, &x2.value, &end2)}; code.failed()) return code;
         }
-        *result = overlap(period_of({&s1.value, true}, {&end1, x1.present}), period_of({&s2.value, true}, {&end2, x2.present}));
+        if (x1.present & x2.present) {
+            *result = whole_overlap(s1.value, end1, s2.value, end2);
+        } else {
+            *result =
+                overlap(period_of({&s1.value, true}, {&end1, x1.present}), period_of({&s2.value, true}, {&end2, x2.present}));
+        }
         return kOk;
     }
 };
