@@ -35,10 +35,10 @@ struct DateAndTime {
 
 bool in_range(const TimeOfDay& time) { return time.hour <= 23 && time.minute <= 59 && time.second <= 59; }
 
-// Month 0 and day 0 are left to the calendar, which has a code of its own for them.
+// Month 0 and day 0 are left to the calendar, which has a code of its own for them. Four digits make no year above 9999.
 Code encode(const DateAndTime& value, qztime& out) {
     const auto& [year, month, day, time] = value;
-    if (year < 1 || year > 9999 || month > 12 || day > qztime_month_end_day(year, month)) return kInvalid;
+    if (year < 1 || month > 12 || day > qztime_month_end_day(year, month)) return kInvalid;
     const int32_t kept_day = qztime_cmp_with_glgl(year, month, day) != 0 ? day : 15;
     return Code{qztime_encode(&out, year, month, kept_day, time.hour, time.minute, time.second, time.fraction, TZ_NONE)};
 }
