@@ -10,10 +10,13 @@
 //
 // Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out,
 // and a constant CLOB read, by the first row that needs it and for all.
+#include <algorithm>
 #include <cstdint>
 
+#include "bop/bifun_str/instr_unit.h"
 #include "bop/bifun_str/lob_read.h"
 #include "bop/bifun_str/local_string.h"
+#include "bop/bifun_str/text_value.h"
 #include "bop/bifun_str/written_out.h"
 #include "bop/frame/export.h"
 #include "bop/frame/memory.h"
@@ -143,16 +146,20 @@ class Opened {
 
 // ---- Rows ---------------------------------------------------------------------------------------------------------------------
 
-// start is 1 or more.
-int32_t find(const Bytes& pattern, const Bytes& text, int32_t start) {
-    Bytes rest = text;
-    if (start > 1) rest.bytes = qz_mbsninc_ex(text.bytes, text.len, static_cast<uint32_t>(start) - 1, &rest.len);
-    uint32_t hit = 0;
-    if (qz_strbmncmp(rest.bytes, rest.len, pattern.bytes, pattern.len, &hit, 1) == 0) return 0;
-    return static_cast<int32_t>(qz_mbstrlen_ex(rest.bytes, hit - 1)) + start;
+// Passes n characters: what is left of the text, whose length becomes len. Nothing is when malformed ones are among them.
+const char* behind_characters(const char* text, uint32_t& len, uint32_t n) {
+    const uint32_t passed = ascii_bytes(text, std::min(n, len));
+    text += passed;
+    len -= passed;
+    return passed == n ? text : qz_mbsninc_ex(text, len, n - passed, &len);
 }
 
-bool is_empty(const Text& value) { return value.len == 0 && value.blank == 0; }
+// Where the text begins with character start of another, the character of that at which the pattern first stands.
+int32_t find(const Bytes& pattern, const char* text, uint32_t len, int32_t start) {
+    uint32_t hit = 0;
+    if (qz_strbmncmp(text, len, pattern.bytes, pattern.len, &hit, 1) == 0) return 0;
+    return static_cast<int32_t>(qz_mbstrlen_ex(text, hit - 1)) + start;
+}
 
 constexpr Rules kRules{
     .constants = ConstantNull::kIgnored,
@@ -174,7 +181,12 @@ struct LocateFrom {
             const bool is_within = static_cast<uint32_t>(start) - 1 <= qz_mbstrlen_ex((*text).bytes, (*text).len);
             return out.put(is_within ? start : 0);
         }
-        return out.put((*text).len == 0 ? 0 : find(*pattern, *text, start));
+        // Apart, since a copy of both in one would wait for two stores.
+        const char* rest = (*text).bytes;
+        uint32_t rest_len = (*text).len;
+        if (rest_len == 0) return out.put(0);
+        if (start > 1) rest = behind_characters(rest, rest_len, static_cast<uint32_t>(start) - 1);
+        return out.put(find(*pattern, rest, rest_len, start));
     }
 
     PatternSource pattern_source;
@@ -193,7 +205,7 @@ struct Locate {
         if (text.code().failed()) return text.code();
         const Opened pattern(pattern_source, out, pattern_argument);
         if (pattern.code().failed()) return pattern.code();
-        return out.put(find(*pattern, *text, 1));
+        return out.put(find(*pattern, (*text).bytes, (*text).len, 1));
     }
 
     PatternSource pattern_source;
