@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <vector>
 
 #include "engine/letters.h"
 #include "qzhost/control.h"
@@ -57,9 +56,9 @@ constexpr std::string_view kVarying = "varchar";
 constexpr std::string_view kFixed = "char";
 
 std::string list_of_types() {
-    std::vector<std::string_view> names;
-    for (const TypeRow& row : kTypes) names.push_back(row.name);
-    return fmt::format("{}, char(n) and varchar, which is string", fmt::join(names, ", "));
+    std::string list;
+    for (const TypeRow& row : kTypes) list.append(row.name).append(", ");
+    return list + "char(n) and varchar, which is string";
 }
 
 std::optional<uint32_t> read_characters(std::string_view text) {
