@@ -529,8 +529,10 @@ class Planner {
             best_constants = constants;
         }
         if (best != nullptr) return *best;
+        const Parameter& parameter = function.parameters[wanted];
         fail(expression.arguments[wanted],
-             fmt::format("argument {} of {} must be a constant", function.parameters[wanted].name, signature(function)));
+             fmt::format("argument {} of {} must be a constant{}", parameter.name, signature(function),
+                         is_lob(parameter.type) ? "; a column can be CAST to string or binary" : ""));
     }
 
     std::string describe_form(const Function& function, const Form& form, std::span<const NodeId> nodes) const {

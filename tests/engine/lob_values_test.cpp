@@ -242,6 +242,9 @@ TEST(LobColumns, WhereNothingTakesThemTheMessageTellsTheWayOut) {
     EXPECT_EQ(run("c,s,b\nx,y,z\n", "c = s", kLobs).error,
               "cannot compare clob with string; write CAST(value AS type) for one of them");
     EXPECT_EQ(run("c,s,b\nx,y,z\n", "c = c", kLobs).error, "values of type clob cannot be compared");
+    EXPECT_EQ(
+        run("c,s,b\nx,y,z\n", "in_constant(c, s)", kLobs).error,
+        "argument x of in_constant(x clob, y string) -> int must be a constant; a column can be CAST to string or binary");
     EXPECT_EQ(run("c,s,b\nx,y,z\n", "CAST(1 AS clob)", kLobs).error, "there is no cast from int to clob");
 }
 

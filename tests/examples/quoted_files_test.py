@@ -18,7 +18,7 @@ for document in sorted([*root.glob("*.md"), *root.glob("docs/**/*.md")]):
         if text != (root / name).read_text():
             failures.append(f"{document.relative_to(root)}: the quotation of {name} differs from the file")
 
-for name in ("examples/embed.c", "examples/embed.out", "examples/cities.out"):
+for name in ("examples/embed.c", "examples/embed.out", "examples/cities.out", "examples/proverbs.out"):
     if name not in quoted:
         failures.append(f"no document quotes {name}")
 

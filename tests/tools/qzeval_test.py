@@ -161,6 +161,26 @@ class QzevalTest(unittest.TestCase):
                     self.assertEqual(row, {"u": filled.upper(), "b": len(filled.encode(codec)), "c": filled + "中",
                                            "l": filled.find("a") + 1, "k": filled.find("α", 1) + 1, "t": name.upper()})
 
+    def test_the_sample_of_proverbs_in_every_character_set(self):
+        text = (SOURCE / "examples" / "proverbs.csv").read_text()
+        header, *lines = (SOURCE / "examples" / "proverbs.out").read_text().splitlines()
+        names = [name.strip() for name in header.split("| ")]
+        cells = [dict(zip(names, line.split("| "))) for line in lines[1:-1]]
+        for charset, codec in ("gb18030", "gb18030"), ("euc-kr", "euc_kr"), ("utf8", "utf-8"):
+            with self.subTest(charset=charset):
+                file = self.path("in.csv")
+                pathlib.Path(file).write_bytes(text.encode(codec))
+                rows = json.loads(qzeval(
+                    "upper(word) AS word, length(word) AS chars, lengthb(word) AS bytes, locate(' ', proverb) AS first_blank, "
+                    "instr(CAST(proverb AS string), ' ', -1, 2) AS last_but_one", file, "--charset", charset,
+                    "--type", "word=char(8)", "--type", "proverb=clob", "--format", "json", "--threads", "2").stdout)
+                self.assertEqual(len(rows), len(cells))
+                for row, cell in zip(rows, cells):
+                    for name in "chars", "first_blank", "last_but_one":
+                        self.assertEqual(row[name], int(cell[name]))
+                    self.assertEqual(row["word"].strip(), cell["word"].strip())
+                    self.assertEqual(row["bytes"], len(row["word"].encode(codec)))
+
     def test_bytes_that_are_no_characters(self):
         for charset, bad in ("utf8", b"\xe4\xb8"), ("gb18030", b"\xff"), ("euc-kr", b"\xff"):
             with self.subTest(charset=charset):
