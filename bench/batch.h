@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <numeric>
 #include <random>
 #include <utility>
@@ -70,6 +71,23 @@ class Host {
     rt_memobj* rt_mem_;
 };
 
+// The vector type that has elements of T.
+template <class T>
+inline constexpr int32_t kHostType = HOST_INT;
+template <>
+inline constexpr int32_t kHostType<int64_t> = HOST_INT64;
+template <>
+inline constexpr int32_t kHostType<double> = HOST_DOUBLE;
+template <>
+inline constexpr int32_t kHostType<xdec> = HOST_DEC;
+template <>
+inline constexpr int32_t kHostType<bdta3_colstr> = HOST_STR;
+
+template <class Record>
+bdta3_scalar* constant(Record& record) {
+    return reinterpret_cast<bdta3_scalar*>(&record);
+}
+
 class Vector {
   public:
     Vector(const Host& host, int32_t type, uint32_t rows) : col_(host_col_create(host.env(), host.rt_mem(), type, rows)) {}
@@ -112,5 +130,50 @@ inline void report(benchmark::State& state, uint32_t rows, size_t bytes_a_row) {
     state.SetItemsProcessed(state.iterations() * rows);
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(rows * bytes_a_row));
 }
+
+// A function's batch, with a result of elements R.
+template <class R>
+class Batch {
+  public:
+    explicit Batch(benchmark::State& state) : state_(state), shape_(state), result_(host_, kHostType<R>, shape_.rows) {}
+
+    qz_env* env() const { return host_.env(); }
+    rt_memobj* rt_mem() const { return host_.rt_mem(); }
+    uint32_t rows() const { return shape_.rows; }
+    bool selected() const { return shape_.selected; }
+    const Vector& out() const { return result_; }
+    bdta3_col* result() const { return result_.col(); }
+
+    // An argument.
+    template <class T, class Make>
+    Vector of(const Make& make) const {
+        return Vector::of<T>(host_, kHostType<T>, shape_, make);
+    }
+
+    // Calls run, which answers a code, again and again.
+    template <class Run>
+    void measure(size_t bytes_a_row, const Run& run) {
+        for (auto _ : state_) {
+            if (run() != 0) std::abort();
+            benchmark::ClobberMemory();
+        }
+        report(state_, shape_.rows, bytes_a_row);
+    }
+
+    // memcpy of values and valid bytes.
+    void measure_copy(const Vector& x) {
+        measure(2 * (sizeof(R) + 1), [&] {
+            std::memcpy(result_.values<R>(), x.values<R>(), sizeof(R) * rows());
+            std::memcpy(result_.col()->data->valid, x.valid(), rows());
+            return 0;
+        });
+    }
+
+  private:
+    benchmark::State& state_;
+    const Host host_;
+    const Shape shape_;
+    const Vector result_;
+};
 
 }  // namespace bench

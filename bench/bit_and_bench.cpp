@@ -7,8 +7,7 @@
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
 using bench::Vector;
 
 xdec from_word(uint64_t word) {
@@ -27,51 +26,34 @@ xdec wide_mask() {
 
 template <auto kMake, auto kMask>
 void BM_bit_and(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<xdec>(host, HOST_DEC, shape, kMake);
-    const Vector result(host, HOST_DEC, shape.rows);
+    Batch<xdec> batch(state);
+    const Vector x = batch.of<xdec>(kMake);
     bdta3_dec mask{1, kMask()};
-    for (auto _ : state) {
-        if (bbit_and_for_dec_av(host.env(), host.rt_mem(), x.col(), reinterpret_cast<bdta3_scalar*>(&mask), result.col(),
-                                shape.rows) != 0)
-            std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(xdec) + 1));
+    batch.measure(2 * (sizeof(xdec) + 1), [&] {
+        return bbit_and_for_dec_av(batch.env(), batch.rt_mem(), x.col(), bench::constant(mask), batch.result(), batch.rows());
+    });
 }
 
 // ---- Floors -----------------------------------------------------------------------------------------------------------------
 
 void BM_copy_30(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<xdec>(host, HOST_DEC, shape, random_word);
-    const Vector result(host, HOST_DEC, shape.rows);
-    for (auto _ : state) {
-        std::memcpy(result.values<xdec>(), x.values<xdec>(), sizeof(xdec) * shape.rows);
-        std::memcpy(result.col()->data->valid, x.valid(), shape.rows);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(xdec) + 1));
+    Batch<xdec> batch(state);
+    batch.measure_copy(batch.of<xdec>(random_word));
 }
 
 // A decimal to a word and back, with nothing around it.
 void BM_loop_word(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<xdec>(host, HOST_DEC, shape, random_word);
-    const Vector result(host, HOST_DEC, shape.rows);
-    for (auto _ : state) {
-        for (uint32_t i = 0; i < shape.rows; ++i) {
+    Batch<xdec> batch(state);
+    const Vector x = batch.of<xdec>(random_word);
+    batch.measure(2 * (sizeof(xdec) + 1), [&] {
+        for (uint32_t i = 0; i < batch.rows(); ++i) {
             uint64_t word = 0;
             if (xdec_get_ulint64(x.values<xdec>() + i, &word) < 0) std::abort();
-            if (xdec_from_ulint64(result.values<xdec>() + i, word & 0x00FF'F0F0'3333'5555) < 0) std::abort();
+            if (xdec_from_ulint64(batch.out().values<xdec>() + i, word & 0x00FF'F0F0'3333'5555) < 0) std::abort();
         }
-        std::memcpy(result.col()->data->valid, x.valid(), shape.rows);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(xdec) + 1));
+        std::memcpy(batch.result()->data->valid, x.valid(), batch.rows());
+        return 0;
+    });
 }
 
 BENCHMARK(BM_copy_30)->Apply(bench::dense_shapes);

@@ -1,49 +1,32 @@
 // greatest and least of doubles, bigints and decimals; nanvl and lnnvl.
 #include "bench/batch.h"
-#include "qzhost/decimal.h"
+#include "bench/random_numbers.h"
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
+using bench::random_bigint;
+using bench::random_decimal;
+using bench::random_double;
 using bench::Vector;
 
-double random_double(std::mt19937_64& random) { return static_cast<double>(static_cast<int64_t>(random())) / 1e12; }
-int64_t random_bigint(std::mt19937_64& random) { return static_cast<int64_t>(random()) >> 20; }
-xdec random_decimal(std::mt19937_64& random) {
-    xdec decimal;
-    if (xdec_from_unscaled(&decimal, random_bigint(random), static_cast<uint32_t>(random() % 5)) < 0) std::abort();
-    return decimal;
-}
-
-template <class T, int32_t kType, bop_fn_aa* kFunction, auto kMake>
+template <class T, bop_fn_aa* kFunction, auto kMake>
 void BM_vectors(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<T>(host, kType, shape, kMake);
-    const Vector y = Vector::of<T>(host, kType, shape, kMake);
-    const Vector result(host, kType, shape.rows);
-    for (auto _ : state) {
-        if (kFunction(host.env(), host.rt_mem(), x.col(), y.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 3 * (sizeof(T) + 1));
+    Batch<T> batch(state);
+    const Vector x = batch.template of<T>(kMake), y = batch.template of<T>(kMake);
+    batch.measure(3 * (sizeof(T) + 1),
+                  [&] { return kFunction(batch.env(), batch.rt_mem(), x.col(), y.col(), batch.result(), batch.rows()); });
 }
 
-template <class T, class Record, int32_t kType, bop_fn_av* kFunction, auto kMake>
+template <class T, class Record, bop_fn_av* kFunction, auto kMake>
 void BM_constant(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<T>(host, kType, shape, kMake);
-    const Vector result(host, kType, shape.rows);
+    Batch<T> batch(state);
+    const Vector x = batch.template of<T>(kMake);
     std::mt19937_64 random(1);
     Record y{1, kMake(random)};
-    for (auto _ : state) {
-        if (kFunction(host.env(), host.rt_mem(), x.col(), reinterpret_cast<bdta3_scalar*>(&y), result.col(), shape.rows) != 0)
-            std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(T) + 1));
+    batch.measure(2 * (sizeof(T) + 1), [&] {
+        return kFunction(batch.env(), batch.rt_mem(), x.col(), bench::constant(y), batch.result(), batch.rows());
+    });
 }
 
 // ---- Floors: the plain loops over raw arrays --------------------------------------------------------------------------------
@@ -69,40 +52,36 @@ BENCH_FLOOR void greatest_bigints(const Arrays<int64_t> a) {
     for (uint32_t i = 0; i < a.n; ++i) a.out_valid[i] = a.x_valid[i] & a.y_valid[i];
 }
 
-template <class T, int32_t kType, void (*kLoop)(Arrays<T>), auto kMake>
+template <class T, void (*kLoop)(Arrays<T>), auto kMake>
 void BM_loop(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<T>(host, kType, shape, kMake);
-    const Vector y = Vector::of<T>(host, kType, shape, kMake);
-    const Vector result(host, kType, shape.rows);
-    for (auto _ : state) {
-        kLoop({result.values<T>(), result.col()->data->valid, x.values<T>(), x.valid(), y.values<T>(), y.valid(), shape.rows});
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 3 * (sizeof(T) + 1));
+    Batch<T> batch(state);
+    const Vector x = batch.template of<T>(kMake), y = batch.template of<T>(kMake);
+    const Arrays<T> arrays{batch.out().template values<T>(),
+                           batch.result()->data->valid,
+                           x.values<T>(),
+                           x.valid(),
+                           y.values<T>(),
+                           y.valid(),
+                           batch.rows()};
+    batch.measure(3 * (sizeof(T) + 1), [&] { return kLoop(arrays), 0; });
 }
 
-BENCHMARK(BM_loop<double, HOST_DOUBLE, greatest_doubles, random_double>)
-    ->Name("BM_loop_greatest_dbl")
-    ->Apply(bench::dense_shapes);
-BENCHMARK(BM_loop<int64_t, HOST_INT64, greatest_bigints, random_bigint>)
-    ->Name("BM_loop_greatest_bigint")
-    ->Apply(bench::dense_shapes);
+BENCHMARK(BM_loop<double, greatest_doubles, random_double>)->Name("BM_loop_greatest_dbl")->Apply(bench::dense_shapes);
+BENCHMARK(BM_loop<int64_t, greatest_bigints, random_bigint>)->Name("BM_loop_greatest_bigint")->Apply(bench::dense_shapes);
 
-#define BENCH_AA(name, T, kType, make) BENCHMARK(BM_vectors<T, kType, name, make>)->Name("BM_" #name)->Apply(bench::all_shapes)
-#define BENCH_AV(name, T, Record, kType, make) \
-    BENCHMARK(BM_constant<T, Record, kType, name, make>)->Name("BM_" #name)->Apply(bench::all_shapes)
+#define BENCH_AA(name, T, make) BENCHMARK(BM_vectors<T, name, make>)->Name("BM_" #name)->Apply(bench::all_shapes)
+#define BENCH_AV(name, T, Record, make) \
+    BENCHMARK(BM_constant<T, Record, name, make>)->Name("BM_" #name)->Apply(bench::all_shapes)
 
-BENCH_AA(bgreatest_aa_math_dbl, double, HOST_DOUBLE, random_double);
-BENCH_AV(bgreatest_av_do_math_dbl, double, bdta3_double, HOST_DOUBLE, random_double);
-BENCH_AA(bleast_aa_math, double, HOST_DOUBLE, random_double);
-BENCH_AA(bgreatest_aa_math_bigint, int64_t, HOST_INT64, random_bigint);
-BENCH_AV(bgreatest_av_do_math_bigint, int64_t, bdta3_int64, HOST_INT64, random_bigint);
-BENCH_AA(bleast_aa_math_bigint, int64_t, HOST_INT64, random_bigint);
-BENCH_AA(bgreatest_aa_math_dec, xdec, HOST_DEC, random_decimal);
-BENCH_AV(bgreatest_av_do_math_dec, xdec, bdta3_dec, HOST_DEC, random_decimal);
-BENCH_AA(bnanvl_aa, double, HOST_DOUBLE, random_double);
-BENCH_AV(bnanvl_av, double, bdta3_double, HOST_DOUBLE, random_double);
+BENCH_AA(bgreatest_aa_math_dbl, double, random_double);
+BENCH_AV(bgreatest_av_do_math_dbl, double, bdta3_double, random_double);
+BENCH_AA(bleast_aa_math, double, random_double);
+BENCH_AA(bgreatest_aa_math_bigint, int64_t, random_bigint);
+BENCH_AV(bgreatest_av_do_math_bigint, int64_t, bdta3_int64, random_bigint);
+BENCH_AA(bleast_aa_math_bigint, int64_t, random_bigint);
+BENCH_AA(bgreatest_aa_math_dec, xdec, random_decimal);
+BENCH_AV(bgreatest_av_do_math_dec, xdec, bdta3_dec, random_decimal);
+BENCH_AA(bnanvl_aa, double, random_double);
+BENCH_AV(bnanvl_av, double, bdta3_double, random_double);
 
 }  // namespace

@@ -12,6 +12,7 @@
 namespace {
 
 using bench::Host;
+using bench::kHostType;
 using bench::random_decimal;
 using bench::random_double;
 using bench::Shape;
@@ -33,13 +34,6 @@ bdta3_colstr random_number_text(std::mt19937_64& random) {
 
 bdta3_int two_places() { return {1, 2}; }
 bdta3_int hundreds() { return {1, -2}; }
-
-template <class T>
-constexpr int32_t kHostType = HOST_DOUBLE;
-template <>
-constexpr int32_t kHostType<xdec> = HOST_DEC;
-template <>
-constexpr int32_t kHostType<bdta3_colstr> = HOST_STR;
 
 template <class T, class R, auto kMake, class Run>
 void measure(benchmark::State& state, const Run& run) {

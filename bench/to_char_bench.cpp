@@ -11,6 +11,7 @@
 namespace {
 
 using bench::Host;
+using bench::kHostType;
 using bench::random_bigint;
 using bench::random_decimal;
 using bench::Shape;
@@ -21,15 +22,6 @@ double random_price(std::mt19937_64& random) { return static_cast<double>(random
 
 // Of twelve digits mostly, so that the lengths can be guessed.
 int64_t random_account(std::mt19937_64& random) { return static_cast<int64_t>(random()) % 1'000'000'000'000; }
-
-template <class T>
-constexpr int32_t kHostType = HOST_DOUBLE;
-template <>
-constexpr int32_t kHostType<int32_t> = HOST_INT;
-template <>
-constexpr int32_t kHostType<int64_t> = HOST_INT64;
-template <>
-constexpr int32_t kHostType<xdec> = HOST_DEC;
 
 nstr text_constant(std::string_view text) {
     nstr constant{};
