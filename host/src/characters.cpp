@@ -1,7 +1,10 @@
 #include "qzhost/characters.h"
 
+#include <array>
 #include <climits>
 #include <cstring>
+#include <optional>
+#include <type_traits>
 
 #include "host/src/character_walk.h"
 
@@ -120,8 +123,69 @@ const char* qz_mbsinc_ex(const char* text, uint32_t len) {
     });
 }
 
+namespace {
+
+// So few characters are passed one by one sooner than in blocks.
+constexpr uint32_t kFewCharacters = 8;
+
+// What the bytes behind a lead byte of UTF-8 have to be, so that a character is judged without a branch.
+struct Utf8Lead {
+    uint8_t length;
+    uint8_t first_second;  // lowest second byte
+    uint16_t seconds;      // how many second bytes there are from it on; of a malformed byte none
+    uint32_t later_bits;   // the two highest bits of the third and the fourth byte, where the character has them
+};
+
+constexpr Utf8Lead utf8_lead(unsigned lead) {
+    if (lead < 0x80) return {1, 0, 256, 0};
+    if (lead < 0xC2 || lead > 0xF4) return {1, 0, 0, 0};
+    const unsigned first = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned last = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    const auto first_second = static_cast<uint8_t>(first);
+    const auto seconds = static_cast<uint16_t>(last - first + 1);
+    if (lead < 0xE0) return {2, first_second, seconds, 0};
+    if (lead < 0xF0) return {3, first_second, seconds, 0x00C00000};
+    return {4, first_second, seconds, 0xC0C00000};
+}
+
+constexpr std::array<Utf8Lead, 256> kUtf8Leads = [] {
+    std::array<Utf8Lead, 256> leads{};
+    for (unsigned lead = 0; lead < leads.size(); ++lead) leads[lead] = utf8_lead(lead);
+    return leads;
+}();
+
+// The bytes of the first n characters, or of all; nothing when one is malformed.
+template <class Set>
+std::optional<uint32_t> bytes_of_few(const uint8_t* p, uint32_t len, uint32_t n) {
+    uint32_t i = 0;
+    if constexpr (std::is_same_v<Set, Utf8>) {
+        bool sound = true;
+        for (; n > 0 && i + sizeof(uint32_t) <= len; --n) {
+            const uint32_t word = load32(p + i);
+            const Utf8Lead& lead = kUtf8Leads[p[i]];
+            sound &= static_cast<uint8_t>((word >> 8) - lead.first_second) < lead.seconds;
+            sound &= ((word ^ 0x80800000) & lead.later_bits) == 0;
+            i += lead.length;
+        }
+        if (!sound) return std::nullopt;
+    }
+    for (; n > 0 && i < len; --n) {
+        const int32_t length = Set::sequence(p + i, len - i);
+        if (length <= 0) return std::nullopt;
+        i += static_cast<uint32_t>(length);
+    }
+    return i;
+}
+
+}  // namespace
+
 const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
     return with_server_charset([&]<class Set>(Set) -> const char* {
+        if (n <= kFewCharacters) {
+            const std::optional<uint32_t> passed = bytes_of_few<Set>(bytes_of(text), len, n);
+            *out_rest = passed ? len - *passed : 0;
+            return passed ? text + *passed : nullptr;
+        }
         const auto [passed, checked] = pass_characters<Set>(bytes_of(text), len, n);
         const bool sound = is_well_formed<Set>(bytes_of(text) + checked, passed - checked);
         *out_rest = sound ? len - static_cast<uint32_t>(passed) : 0;
