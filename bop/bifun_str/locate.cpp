@@ -10,10 +10,8 @@
 //
 // Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out,
 // and a constant CLOB read, by the first row that needs it and for all.
-#include <algorithm>
 #include <cstdint>
 
-#include "bop/bifun_str/instr_unit.h"
 #include "bop/bifun_str/lob_read.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/text_value.h"
@@ -146,14 +144,6 @@ class Opened {
 
 // ---- Rows ---------------------------------------------------------------------------------------------------------------------
 
-// Passes n characters: what is left of the text, whose length becomes len. Nothing is when malformed ones are among them.
-const char* behind_characters(const char* text, uint32_t& len, uint32_t n) {
-    const uint32_t passed = ascii_bytes(text, std::min(n, len));
-    text += passed;
-    len -= passed;
-    return passed == n ? text : qz_mbsninc_ex(text, len, n - passed, &len);
-}
-
 // Where the text begins with character start of another, the character of that at which the pattern first stands.
 int32_t find(const Bytes& pattern, const char* text, uint32_t len, int32_t start) {
     uint32_t hit = 0;
@@ -185,7 +175,7 @@ struct LocateFrom {
         const char* rest = (*text).bytes;
         uint32_t rest_len = (*text).len;
         if (rest_len == 0) return out.put(0);
-        if (start > 1) rest = behind_characters(rest, rest_len, static_cast<uint32_t>(start) - 1);
+        if (start > 1) rest = qz_mbsninc_ex(rest, rest_len, static_cast<uint32_t>(start) - 1, &rest_len);
         return out.put(find(*pattern, rest, rest_len, start));
     }
 
