@@ -184,11 +184,12 @@ struct Outcome {
 };
 
 Outcome run(const std::string& csv, std::string_view select, const std::vector<TypeOverride>& types,
-            ResultFormat format = ResultFormat::kCsv, CsvLimits limits = {}, unsigned threads = 1) {
+            ResultFormat format = ResultFormat::kCsv, CsvLimits limits = {}, unsigned threads = 1,
+            std::optional<std::string_view> where = std::nullopt) {
     Outcome outcome;
     try {
         CsvTable table(text_source(csv), types, limits);
-        const Plan plan = make_plan(parse_query(select), table.columns(), test_catalog());
+        const Plan plan = make_plan(parse_query(select, where), table.columns(), test_catalog());
         QueryOptions options;
         options.format = format;
         options.threads = threads;
@@ -253,6 +254,13 @@ TEST(LobColumns, AClobThatAFunctionMakesIsPrintedAsText) {
     EXPECT_EQ(run(csv, "twice(c) AS t", {{"c", kClob}}).text, "t\nabab\n\n" + std::string(10000, 'x') + "\n");
     EXPECT_EQ(run(csv, "twice('ab') AS t", {{"c", kClob}}).text, "t\nabab\nabab\nabab\n") << "of a constant too";
     EXPECT_EQ(run(csv, "size(twice(twice(c))) AS n", {{"c", kClob}}).text, "n\n1000008\n\n1020000\n");
+}
+
+TEST(LobColumns, AreReadThroughTheSelectionOfACondition) {
+    const std::string csv = "c,n\none,1\n" + std::string(3000, 't') + ",2\n,3\nfour,4\n";
+    EXPECT_EQ(run(csv, "c, size(c) AS s", {{"c", kClob}}, ResultFormat::kCsv, {}, 1, "n > 1").text,
+              "c,s\n" + std::string(3000, 't') + ",1003000\n,\nfour,1000004\n");
+    EXPECT_EQ(run(csv, "n", {{"c", kClob}}, ResultFormat::kCsv, {}, 1, "c IS NULL").text, "n\n3\n");
 }
 
 TEST(LobColumns, ManyBatchesAndThreadsGiveTheSameBytes) {
