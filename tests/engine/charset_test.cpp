@@ -127,7 +127,7 @@ TEST(Charset, NamesAreUtf8WhateverTheFile) {
         const Charset charset(kEucKr);
         EXPECT_EQ(CsvReader(text_source(csv)).names(), (std::vector<std::string>{"이름", "n"}));
         try {
-            CsvReader(text_source("n,\xC0\xCC\xFF\n1,2\n"));
+            const CsvReader reader(text_source("n,\xC0\xCC\xFF\n1,2\n"));
             ADD_FAILURE() << "no error";
         } catch (const InputError& error) {
             EXPECT_STREQ(error.what(), "line 1: the name of column 2 is no text in euc-kr");
