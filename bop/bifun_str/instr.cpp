@@ -17,6 +17,7 @@
 //   - instrb without a start prepares the pattern as it stands and then searches for the folded one.
 //   - With folding, and backwards, the pattern is written out, and implied blanks of a text are not seen from a start above 0:
 //     instr('ab' and a blank, 'b' and a blank, 2) is 2, and 0 when case is not heeded.
+//   - A constant text of blanks alone is written out, so that stored blanks of a pattern are found in it; those of a column are not.
 //   - All vectors: a row whose text and pattern equal those of the last row computed, up to trailing blanks, takes its value and
 //     valid byte over. So 'ab' takes over what was found in 'ab' with blanks, and a text of blanks that an empty one was NULL.
 #include <cstdint>
