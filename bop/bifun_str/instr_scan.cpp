@@ -38,21 +38,30 @@ uint32_t length_by_lead(const char* text, uint32_t len) {
     return qz_mb_char_get_len(alone);
 }
 
+// Up to so many characters are passed one by one.
+constexpr uint32_t kFewCharacters = 16;
+
+Rest walk_by_lead(Rest rest, uint32_t count) {
+    for (; count > 0 && rest.len != 0; --count) {
+        const bool is_ascii = static_cast<signed char>(*rest.bytes) >= 0;
+        const uint32_t length = is_ascii ? 1 : std::min(length_by_lead(rest.bytes, rest.len), rest.len);
+        rest = {rest.bytes + length, rest.len - length};
+    }
+    return rest;
+}
+
 // What is left behind n characters, counted by their lead bytes; nothing when the text has fewer.
 Rest pass_by_lead(const Text& text, int32_t n) {
     if (n <= 0) return {text.bytes, text.len};
     const uint32_t count = static_cast<uint32_t>(n);
-    uint32_t passed = ascii_bytes(text.bytes, std::min(count, text.len));
-    Rest rest{text.bytes + passed, text.len - passed};
-    if (passed == count || rest.len == 0) return rest;
+    if (count <= kFewCharacters) return walk_by_lead({text.bytes, text.len}, count);
+    const uint32_t ascii = ascii_bytes(text.bytes, std::min(count, text.len));
+    const Rest rest{text.bytes + ascii, text.len - ascii};
+    if (ascii == count || rest.len == 0) return rest;
     // Of well-formed characters the lead byte tells all.
     uint32_t left = 0;
-    if (const char* const behind = qz_mbsninc_ex(rest.bytes, rest.len, count - passed, &left)) return {behind, left};
-    for (; passed < count && rest.len != 0; ++passed) {
-        const uint32_t length = std::min(length_by_lead(rest.bytes, rest.len), rest.len);
-        rest = {rest.bytes + length, rest.len - length};
-    }
-    return rest;
+    if (const char* const behind = qz_mbsninc_ex(rest.bytes, rest.len, count - ascii, &left)) return {behind, left};
+    return walk_by_lead(rest, count - ascii);
 }
 
 // Where characters cannot match, because there are fewer of them or none of several bytes. A pattern of ASCII needs no look: where

@@ -26,6 +26,18 @@ inline uint32_t ascii_bytes(const char* text, uint32_t len) {
     return i;
 }
 
+// Texts of 16 to 48 bytes are looked at as words that overlap: the same steps for every length, so that no branch depends on it.
+inline bool is_short(const Text& text) { return text.len - 16 <= 32; }
+
+inline bool is_short_ascii(const Text& text) {
+    const uint32_t last = text.len - 16;
+    const uint32_t middle = last < 16 ? last : 16;
+    const uint64_t high = (high_bits_of(text.bytes) | high_bits_of(text.bytes + 8)) |
+                          (high_bits_of(text.bytes + middle) | high_bits_of(text.bytes + middle + 8)) |
+                          (high_bits_of(text.bytes + last) | high_bits_of(text.bytes + last + 8));
+    return high == 0;
+}
+
 inline uint32_t count_characters(const char* text, uint32_t len) {
     const uint32_t ascii = ascii_bytes(text, len);
     return ascii == len ? len : ascii + qz_mbstrlen_ex(text + ascii, len - ascii);
@@ -49,7 +61,10 @@ struct InCharacters {
     static constexpr bool kBytes = false;
 
     // The position of the byte place, counted from 1.
-    static uint32_t position(const Text& text, uint32_t place) { return count_characters(text.bytes, place - 1) + 1; }
+    static uint32_t position(const Text& text, uint32_t place) {
+        if (!is_short(text)) return count_characters(text.bytes, place - 1) + 1;
+        return is_short_ascii(text) ? place : qz_mbstrlen_ex(text.bytes, place - 1) + 1;
+    }
     static uint32_t length(const Text& text) { return count_characters(text.bytes, text.len); }
 
     // Each of the hits that a pattern with blanks needs is searched for by itself.

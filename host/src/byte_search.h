@@ -48,6 +48,21 @@ inline bool equal_between_ends(const uint8_t* place, const uint8_t* pattern, siz
 
 #ifdef QZHOST_VECTOR_BYTES
 
+// A bit for each place of a text of up to 48 bytes at which the first and the last byte agree.
+inline uint64_t places_of_ends(const uint8_t* text, size_t n, const uint8_t* pattern, size_t m) {
+    const __m128i first = _mm_set1_epi8(static_cast<char>(pattern[0]));
+    const __m128i last = _mm_set1_epi8(static_cast<char>(pattern[m - 1]));
+    if (n < kBlock) {
+        const __m128i all = load_below_16(text, n);
+        const uint32_t ends = bits_of(_mm_cmpeq_epi8(all, first)) & bits_of(_mm_cmpeq_epi8(all, last)) >> (m - 1);
+        return ends & ((1u << (n - m + 1)) - 1);
+    }
+    const SpreadBlocks blocks(text, n);
+    const uint64_t firsts = blocks.bits([&](__m128i block) { return _mm_cmpeq_epi8(block, first); });
+    const uint64_t lasts = blocks.bits([&](__m128i block) { return _mm_cmpeq_epi8(block, last); });
+    return firsts & lasts >> (m - 1);
+}
+
 // Calls try_place(position) where the first and the last byte agree, until it answers true.
 template <class TryPlace>
 [[gnu::always_inline]] inline bool scan_for_ends(const uint8_t* text, size_t n, const uint8_t* pattern, size_t m,
@@ -62,17 +77,7 @@ template <class TryPlace>
         return false;
     };
     const size_t places = n - m + 1;
-    if (n < kBlock) {
-        const __m128i all = load_below_16(text, n);
-        const uint32_t ends = bits_of(_mm_cmpeq_epi8(all, first)) & bits_of(_mm_cmpeq_epi8(all, last)) >> (m - 1);
-        return try_places(0, ends & ((1u << places) - 1));
-    }
-    if (SpreadBlocks::takes(n)) {
-        const SpreadBlocks blocks(text, n);
-        const uint64_t firsts = blocks.bits([&](__m128i block) { return _mm_cmpeq_epi8(block, first); });
-        const uint64_t lasts = blocks.bits([&](__m128i block) { return _mm_cmpeq_epi8(block, last); });
-        return try_places(0, firsts & lasts >> (m - 1));
-    }
+    if (n <= SpreadBlocks::kMost) return try_places(0, places_of_ends(text, n, pattern, m));
     if (places < kBlock) {
         // The block of last bytes ends with the text, so its bits stand too high.
         const uint32_t firsts = bits_of(_mm_cmpeq_epi8(load_block(text), first));
