@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "qzbifun/codes.h"
@@ -21,11 +22,12 @@ const std::string kUntouched = "?";
 
 template <class Worker, class... Argument>
 Written call(Worker* worker, const std::string& text, Argument... argument) {
-    char buffer[DATE_ROUNDING_TEXT_BYTES] = {};
+    char buffer[DATE_ROUNDING_TEXT_BYTES];
+    std::memset(buffer, 'x', sizeof buffer);
     uint32_t length = UINT32_MAX;
     const int32_t code = worker(text.data(), static_cast<uint32_t>(text.size()), argument..., buffer, &length);
     if (length == UINT32_MAX) return {code, kUntouched};
-    EXPECT_EQ(std::string(buffer).size(), length);
+    EXPECT_EQ(strnlen(buffer, sizeof buffer), length);
     return {code, {buffer, length}};
 }
 
