@@ -4,6 +4,8 @@
 //     character and is still added to what is found, instr('abc', 'c', 40000) being -25534.
 //   - Where an occurrence of a pattern of blanks is not stored, it is counted from the blanks that end the stored text: what stands
 //     further in front counts for nothing. Two blanks stand in 'ab  c ' with two implied ones at 3, 6 and 7, the second time at 7.
+//   - instrb takes a start inside the last character, but at its last byte, as it stands, and counts the bytes from there on for
+//     blanks: a blank is found in '\u00e9\u4e2d' from byte 4 on at 4.
 //   - The scan for a pattern with blanks takes the start, a number of characters, for the byte at which the search begins, until
 //     the first hit is behind it. The two differ behind multibyte characters: 'b' and 2 blanks is not found in '\u00e9b  ' from the
 //     second character on, since byte 2 begins none, and in '\u00e9\u00e9b  ' from the third on at 2. Bytes behind the stored text
