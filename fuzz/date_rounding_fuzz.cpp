@@ -53,7 +53,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     } else {
         require_stable(ifun_round_dt_str_low, text, part);
     }
-    const int64_t scale = static_cast<int8_t>(data[0]);
+    const int64_t scale = data[0] % 64 - 16;
     require_stable(btrunc_dec_str_low, text, scale);
     require_stable(ifun_round_dec_str_low, text, scale);
     require_stable(ifun_round_str_low, text);

@@ -16,7 +16,6 @@
 namespace {
 
 using namespace std::chrono;
-using support::Answer;
 using support::Differential;
 using support::Random;
 using support::Rules;

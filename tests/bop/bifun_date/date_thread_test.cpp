@@ -144,6 +144,7 @@ TEST(DateThread, ResultsAreThoseOfOneThread) {
     const std::string expected = Session(shared).run();
     std::vector<std::string> found(size_t{kThreads} * kRounds);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
         threads.emplace_back([&, thread] {
             for (int round = 0; round < kRounds; ++round) {
