@@ -18,7 +18,7 @@ using bench::Script;
 using bench::TextRows;
 using bench::Vector;
 
-// hit: most short rows have it; rare: few have; absent: none, and no byte of it.
+// A third of the short rows has the first, few have the second; of the third none has a byte.
 constexpr std::string_view kPatterns[] = {"t", "e\u4e2d", "#~"};
 
 bool is_long(const benchmark::State& state) { return state.range(0) != 0; }
