@@ -48,6 +48,8 @@ struct StoredPattern {
 
     static int32_t find(const instr_search_ctx& ctx, const Text& text, uint32_t blanks) {
         if (ctx.pattern_bytes > text.len) return 0;
+        // No branch on whether there is a hit, which no one can foresee.
+        if (blanks == 0) return static_cast<int32_t>(ctx.find(text.bytes, text.len));
         const BlankedHit hit = find_with_blanks(ctx, text, blanks);
         if (hit.ends_stored_text) return static_cast<int32_t>(qz_mbstrlen_ex(text.bytes, hit.place - 1)) + 1;
         return static_cast<int32_t>(hit.place);
