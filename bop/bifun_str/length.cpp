@@ -6,6 +6,7 @@
 #include <cstring>
 #include <initializer_list>
 
+#include "bop/bifun_str/text_runs.h"
 #include "bop/frame/export.h"
 #include "bop/switches.h"
 #include "qzbifun/codes.h"
@@ -26,24 +27,69 @@ bool compat_mode_is_one_of(std::initializer_list<uint32_t> modes) {
     return false;
 }
 
-int32_t characters(const Text& text) { return static_cast<int32_t>(qz_mbstrlen_ex(text.bytes, text.len)); }
-
 // Sums of hostile counts wrap around.
 int32_t bytes_with_blanks(const Text& text) { return static_cast<int32_t>(text.len + text.blank); }
 bool is_empty(const Text& text) { return (text.len | text.blank) == 0; }
 
-struct Length {
+// ---- Characters -------------------------------------------------------------------------------------------------------------
+
+struct WithoutBlanks {
+    static bool zero_for_empty() { return compat_mode_is_one_of({3, 5}); }
+    static bool is_empty(const Text& text) { return text.len == 0; }
+    static int32_t length(uint32_t characters, const Text&) { return static_cast<int32_t>(characters); }
+};
+
+struct WithBlanks {
+    static bool zero_for_empty() { return compat_mode_is_one_of({3, 4, 5, 7}); }
+    static bool is_empty(const Text& text) { return bifun::is_empty(text); }
+    static int32_t length(uint32_t characters, const Text& text) { return static_cast<int32_t>(characters + text.blank); }
+};
+
+template <class Kind>
+struct LengthRow {
     static constexpr Rules rules = kRules;
     bool empty_is_null = true;
 
     Start prepare(const Call&, bdta3_col*) {
-        empty_is_null = !compat_mode_is_one_of({3, 5});
+        empty_is_null = !Kind::zero_for_empty();
         return Start::rows();
     }
-    Code row(Row out, const Text& text) const {
-        if (text.len != 0) [[likely]]
-            return out.put(characters(text));
-        return empty_is_null ? out.set_null() : out.put(int32_t{0});
+    Code row(Row out, const Text& text) const { return put(out, qz_mbstrlen_ex(text.bytes, text.len), text); }
+    Code put(Row out, uint32_t characters, const Text& text) const {
+        if (empty_is_null && Kind::is_empty(text)) return out.set_null();
+        return out.put(Kind::length(characters, text));
+    }
+};
+
+// In a run of single bytes the characters need not be counted.
+template <class Kind>
+struct LengthRows {
+    const Call& call;
+    frame::Output out;
+    DenseVector<Text> texts;
+    LengthRow<Kind> worker;
+
+    bool run(const TextRun& run) {
+        for (uint32_t i = run.begin; i < run.end; ++i) {
+            out.valid[i] = texts.valid_at(i) != 0;
+            if (out.valid[i] == 0) continue;
+            const Text text = texts.value_at(i);
+            (void)worker.put(Row(call, out.result, out.valid, out.values, i), text.len, text);
+        }
+        return true;
+    }
+    int32_t each(uint32_t begin, uint32_t end) {
+        return frame::each_row<LengthRow<Kind>>(worker, call, out, begin, end, texts);
+    }
+};
+
+template <class Kind>
+struct LengthInCharacters {
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* text) {
+        if (nrows == 0 || text->sel != nullptr) return run<LengthRow<Kind>>(call, result, nrows, text);
+        result->all_valid = text->all_valid;
+        return rows_by_runs(text, nrows,
+                            LengthRows<Kind>{call, frame::Output(result), DenseVector<Text>(*text), {!Kind::zero_for_empty()}});
     }
 };
 
@@ -52,7 +98,7 @@ struct LengthOfNullToo {
     static constexpr uint32_t kMode = 5;
 
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* text) {
-        const int32_t code = run<Length>(call, result, nrows, text);
+        const int32_t code = run<LengthInCharacters<WithoutBlanks>>(call, result, nrows, text);
         if (code < 0 || nrows == 0 || ini_get_value(0, COMPAT_MODE_PARAM) != kMode) return code;
         const bdta3_int zero{1, 0};
         const auto rows = [&](const auto& access) {
@@ -65,27 +111,19 @@ struct LengthOfNullToo {
     }
 };
 
-struct EmptyIsNullInMostModes {
+// ---- Bytes ------------------------------------------------------------------------------------------------------------------
+
+struct LengthBytes {
     static constexpr Rules rules = kRules;
+    static constexpr bool total = true;
     bool empty_is_null = true;
 
     Start prepare(const Call&, bdta3_col*) {
-        empty_is_null = !compat_mode_is_one_of({3, 4, 5, 7});
+        empty_is_null = !WithBlanks::zero_for_empty();
         return Start::rows();
     }
-};
-
-struct LengthBytes : EmptyIsNullInMostModes {
-    static constexpr bool total = true;
     bool makes_null(const Text& text) const { return is_empty(text) && empty_is_null; }
     int32_t row(const Text& text) const { return bytes_with_blanks(text); }
-};
-
-struct LengthWithSpace : EmptyIsNullInMostModes {
-    Code row(Row out, const Text& text) const {
-        if (is_empty(text) && empty_is_null) return out.set_null();
-        return out.put(static_cast<int32_t>(static_cast<uint32_t>(characters(text)) + text.blank));
-    }
 };
 
 struct BitLength {
@@ -122,6 +160,6 @@ using namespace bifun;
 
 BIFUN_EXPORT_1(blength_a_str, LengthOfNullToo, a)
 BIFUN_EXPORT_1(blengthb_a_str, LengthBytes, a)
-BIFUN_EXPORT_1(blength_space_a_str, LengthWithSpace, a)
+BIFUN_EXPORT_1(blength_space_a_str, LengthInCharacters<WithBlanks>, a)
 BIFUN_EXPORT_1(bbitlength_a_str, BitLength, a)
 BIFUN_EXPORT_1(blengthb_blob_a_str, LobLength, a)

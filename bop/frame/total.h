@@ -29,31 +29,34 @@ BIFUN_ALWAYS_INLINE bool store_valid(uint8_t* valid, uint32_t n, const View&... 
     return some_null != 0;
 }
 
-// The same where a worker makes rows NULL, which lowers the result's flag.
+// Whether the worker would make a row of the block NULL. The test is folded into a mask as wide as the values, which is what lets the
+// loop be vectorised.
 template <class W, class... View>
-BIFUN_ALWAYS_INLINE bool store_valid_of_nulling(const W& worker, const Output& out, uint8_t* valid, uint32_t n,
-                                                const View&... view) {
+BIFUN_ALWAYS_INLINE bool block_makes_null(const W& worker, uint32_t n, const View&... view) {
+    using Mask = std::conditional_t<sizeof(typename WorkerSignature<W>::Returns) == 8, uint64_t, uint32_t>;
+    Mask made = 0;
+    for (uint32_t i = 0; i < n; ++i) made |= worker.makes_null(view.value_at(i)...) ? ~Mask{0} : Mask{0};
+    return made != 0;
+}
+
+// One block of which the worker makes rows NULL, which lowers the result's flag.
+template <class W, class... View>
+BIFUN_ALWAYS_INLINE void nulling_block(const W& worker, const Output& out, uint32_t begin, uint32_t n, const View&... view) {
     static_assert(W::rules.flag == FlagStore::kBeforeRows, "the flag is lowered as rows turn NULL");
-    uint8_t some_null = 0;
+    using Value = typename WorkerSignature<W>::Returns;
+    uint8_t* const valid = out.valid + begin;
+    Value* const values = static_cast<Value*>(out.values) + begin;
     uint8_t some_made = 0;
     for (uint32_t i = 0; i < n; ++i) {
         const uint8_t byte = row_valid<W>(i, view...);
         const uint8_t kept = worker.makes_null(view.value_at(i)...) ? uint8_t{0} : byte;
-        some_null = static_cast<uint8_t>(some_null | (kept == 0));
         some_made = static_cast<uint8_t>(some_made | (kept ^ byte));
         valid[i] = W::rules.store == Store::kSet ? kept != 0 : kept;
+        const Value computed = worker.row(view.value_at(i)...);
+        const Value held = values[i];
+        values[i] = kept != 0 ? computed : held;
     }
     if (some_made != 0) out.result->all_valid = 0;
-    return some_null != 0;
-}
-
-template <class W, class... View>
-BIFUN_ALWAYS_INLINE bool store_valid_of(const W& worker, const Output& out, uint8_t* valid, uint32_t n, const View&... view) {
-    if constexpr (NullingWorker<W>) {
-        return store_valid_of_nulling<W>(worker, out, valid, n, view...);
-    } else {
-        return store_valid<W>(valid, n, view...);
-    }
 }
 
 // One block: the valid bytes, then the values. A NULL row is computed too and keeps what it held.
@@ -62,6 +65,9 @@ BIFUN_ALWAYS_INLINE void total_block(const W& worker, const Output& out, uint32_
     using Value = typename WorkerSignature<W>::Returns;
     uint8_t* const valid = out.valid + begin;
     Value* const values = static_cast<Value*>(out.values) + begin;
+    if constexpr (NullingWorker<W>) {
+        if (block_makes_null<W>(worker, n, view...)) return nulling_block<W>(worker, out, begin, n, view...);
+    }
     if constexpr (WorkerSignature<W>::kInPlace) {
         Value discarded;
         for (uint32_t i = 0; i < n; ++i) {
@@ -69,7 +75,7 @@ BIFUN_ALWAYS_INLINE void total_block(const W& worker, const Output& out, uint32_
             worker.row(byte != 0 ? values[i] : discarded, view.value_at(i)...);
             valid[i] = W::rules.store == Store::kSet ? byte != 0 : byte;
         }
-    } else if (store_valid_of<W>(worker, out, valid, n, view...)) {
+    } else if (store_valid<W>(valid, n, view...)) {
         for (uint32_t i = 0; i < n; ++i) {
             const Value computed = value_of(worker, view.value_at(i)...);
             const Value kept = values[i];
