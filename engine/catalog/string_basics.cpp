@@ -46,7 +46,7 @@ std::vector<Function> string_basics_functions() {
          .result = kBigint,
          .help = "Bytes of x as its locator tells them; -1 where they are not known.",
          .forms = {{"a", "blengthb_blob_a_str", &blengthb_blob_a_str}},
-         .examples = {{"lengthb(CAST(NULL AS blob))", "NULL"}, {"nvl(lengthb(CAST(NULL AS blob)), 0)", "0"}}},
+         .examples = {{"lengthb(CAST(X'00FF00' AS blob))", "3"}, {"lengthb(CAST(X'' AS blob))", "0"}}},
         of_string("length_space",
                   "Characters of x with its implied blanks; NULL for an empty text, 0 in compatibility modes 3, 4, 5 and 7.",
                   kInt, {"a", "blength_space_a_str", &blength_space_a_str},
