@@ -6,6 +6,8 @@
 // year.
 #include "qzbifun/date_difference.h"
 
+#include <type_traits>
+
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/export.h"
 #include "qzhost/decimal.h"
@@ -100,44 +102,71 @@ int64_t completed(int64_t count, const qztime& first, const qztime& second, int3
     return count - ((count > 0) & (left < 0)) + ((count < 0) & (left > 0));
 }
 
-Code count_units(int32_t part, const qztime& first, const qztime& second, int64_t* result) {
+int64_t weeks(const qztime& first, const qztime& second) {
+    const int64_t count = sundays(first, second);
+    const bool same_day = qztime_diff_day(&first, &second) == 0;
+    return same_day ? 0 : completed(count, first, second, HOST_PART_HOUR);
+}
+
+// The units of a part from first to second.
+template <int32_t kPart>
+int64_t units(const qztime& first, const qztime& second) {
+    switch (kPart) {
+        case HOST_PART_YEAR:
+            return completed(years(first, second), first, second, HOST_PART_MONTH);
+        case HOST_PART_QUARTER:
+            return completed(quarters(first, second), first, second, HOST_PART_DAY);
+        case HOST_PART_MONTH:
+            return completed(months(first, second), first, second, HOST_PART_DAY);
+        case HOST_PART_WEEK:
+            return weeks(first, second);
+        case HOST_PART_DAY:
+            return completed(days(first, second), first, second, HOST_PART_HOUR);
+        case HOST_PART_HOUR:
+            return completed(hours(first, second), first, second, HOST_PART_MINUTE);
+        case HOST_PART_MINUTE:
+            return completed(minutes(first, second), first, second, HOST_PART_SECOND);
+        case HOST_PART_SECOND:
+            return completed(seconds(first, second), first, second, HOST_PART_MILLISECOND);
+        case HOST_PART_MILLISECOND:
+            return fractions(first, second, 1'000'000);
+        default:
+            static_assert(kPart >= HOST_PART_YEAR && kPart <= HOST_PART_MICROSECOND);
+            return fractions(first, second, 1000);
+    }
+}
+
+template <int32_t kPart>
+using PartNumber = std::integral_constant<int32_t, kPart>;
+
+// Calls f with the number of a part, days being one unit, or none().
+template <class F, class None>
+auto with_part(int32_t part, const F& f, const None& none) {
     switch (part) {
         case HOST_PART_YEAR:
-            *result = completed(years(first, second), first, second, HOST_PART_MONTH);
-            return kOk;
+            return f(PartNumber<HOST_PART_YEAR>());
         case HOST_PART_QUARTER:
-            *result = completed(quarters(first, second), first, second, HOST_PART_DAY);
-            return kOk;
+            return f(PartNumber<HOST_PART_QUARTER>());
         case HOST_PART_MONTH:
-            *result = completed(months(first, second), first, second, HOST_PART_DAY);
-            return kOk;
-        case HOST_PART_WEEK: {
-            const bool same_day = qztime_diff_day(&first, &second) == 0;
-            *result = same_day ? 0 : completed(sundays(first, second), first, second, HOST_PART_HOUR);
-            return kOk;
-        }
+            return f(PartNumber<HOST_PART_MONTH>());
+        case HOST_PART_WEEK:
+            return f(PartNumber<HOST_PART_WEEK>());
         case HOST_PART_DAY:
         case HOST_PART_DAY_OF_YEAR:
         case HOST_PART_WEEKDAY:
-            *result = completed(days(first, second), first, second, HOST_PART_HOUR);
-            return kOk;
+            return f(PartNumber<HOST_PART_DAY>());
         case HOST_PART_HOUR:
-            *result = completed(hours(first, second), first, second, HOST_PART_MINUTE);
-            return kOk;
+            return f(PartNumber<HOST_PART_HOUR>());
         case HOST_PART_MINUTE:
-            *result = completed(minutes(first, second), first, second, HOST_PART_SECOND);
-            return kOk;
+            return f(PartNumber<HOST_PART_MINUTE>());
         case HOST_PART_SECOND:
-            *result = completed(seconds(first, second), first, second, HOST_PART_MILLISECOND);
-            return kOk;
+            return f(PartNumber<HOST_PART_SECOND>());
         case HOST_PART_MILLISECOND:
-            *result = fractions(first, second, 1'000'000);
-            return kOk;
+            return f(PartNumber<HOST_PART_MILLISECOND>());
         case HOST_PART_MICROSECOND:
-            *result = fractions(first, second, 1000);
-            return kOk;
+            return f(PartNumber<HOST_PART_MICROSECOND>());
         default:
-            return Code{EC_INVALID_ARGUMENT};
+            return none();
     }
 }
 
@@ -148,10 +177,27 @@ struct DateDiff {
     }
 };
 
-struct BigDateDiff {
+template <int32_t kPart>
+struct CountUnits {
     static constexpr Rules rules = kRules;
-    static Code row(Row out, int32_t part, const qztime& first, const qztime& second) {
-        return count_units(part, first, second, &out.slot<int64_t>());
+    static int64_t row(int32_t, const qztime& first, const qztime& second) { return units<kPart>(first, second); }
+};
+
+struct NoSuchPart {
+    static constexpr Rules rules = kRules;
+    static Code row(Row, int32_t, const qztime&, const qztime&) { return Code{EC_INVALID_ARGUMENT}; }
+};
+
+// The part is looked at once, and the loop is that of its unit.
+struct BigDateDiff {
+    template <class First, class Second>
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_scalar* part, First* first,
+                         Second* second) {
+        const auto count = [&]<int32_t kPart>(PartNumber<kPart>) {
+            return run<CountUnits<kPart>>(call, result, nrows, part, first, second);
+        };
+        const auto none = [&] { return run<NoSuchPart>(call, result, nrows, part, first, second); };
+        return with_part(ValueType<int32_t>::load_constant(reinterpret_cast<bdta3_int&>(*part)), count, none);
     }
 };
 
@@ -194,5 +240,9 @@ BIFUN_EXPORT int32_t ifun_parse_months_between(const qztime* first, const qztime
 }
 
 BIFUN_EXPORT int32_t ifun_parse_bigdatediff(int32_t part, const qztime* first, const qztime* second, int64_t* result) {
-    return count_units(part, *first, *second, result).value;
+    const auto count = [&]<int32_t kPart>(PartNumber<kPart>) {
+        *result = units<kPart>(*first, *second);
+        return 0;
+    };
+    return with_part(part, count, [] { return +EC_INVALID_ARGUMENT; });
 }
