@@ -41,8 +41,12 @@ Code months_between(const qztime& first, const qztime& second, xdec* result) {
 
 struct DaysBetween {
     static constexpr Rules rules = kRules;
-    static constexpr bool total = true;
-    static int32_t row(const qztime& first, const qztime& second) { return qztime_diff_day(&first, &second); }
+    static void block(int32_t* out, uint32_t n, const qztime* first, const qztime* second) {
+        int32_t numbers[frame::kBlockRows];
+        host_day_numbers(numbers, n, first);
+        host_day_numbers(out, n, second);
+        for (uint32_t i = 0; i < n; ++i) out[i] = numbers[i] - out[i];
+    }
 };
 
 struct WeeksBetween {

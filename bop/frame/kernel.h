@@ -105,7 +105,11 @@ class KernelRows {
                         values[i] = valid[i] != 0 ? values_[i] : kept;
                     }
                 } else {
-                    std::memset(valid, 1, done);
+                    if constexpr (W::rules.store == Store::kSet) {
+                        std::memset(valid, 1, done);
+                    } else {
+                        (void)store_valid<W>(valid, done, view...);
+                    }
                     std::memcpy(values, values_, done * sizeof(Value));
                 }
                 return done == n ? kOk : refuse(begin + done, byte, view.value_at(done)...);
@@ -121,11 +125,8 @@ class KernelRows {
                 const uint32_t end = done == present ? n : rows_[done];
                 const uint8_t byte = done == present ? uint8_t{0} : row_valid<W>(end, view...);
                 Value* const values = static_cast<Value*>(out_.values) + begin;
-                std::memset(out_.valid + begin, 0, end);
-                for (uint32_t i = 0; i < done; ++i) {
-                    values[rows_[i]] = values_[i];
-                    out_.valid[begin + rows_[i]] = 1;
-                }
+                (void)store_valid<W>(out_.valid + begin, end, view...);
+                for (uint32_t i = 0; i < done; ++i) values[rows_[i]] = values_[i];
                 return done == present ? kOk : refuse(begin + end, byte, view.value_at(end)...);
             },
             arrays_);

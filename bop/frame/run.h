@@ -97,7 +97,6 @@ uint32_t rows_in_blocks(const W& worker, const Output& out, uint32_t nrows, std:
 
 template <class W, class... P, class... Slot>
 int32_t kernel_rows(W& worker, const Call& call, const Output& out, uint32_t nrows, std::tuple<P...>*, Slot*... slot) {
-    static_assert(W::rules.store == Store::kSet, "a kernel's rows are set");
     KernelRows<W, P...> rows(worker, call, out);
     const Code code = rows.run(nrows, blocked<P, kRowsReadConstants<W>>(*slot)...);
     return code.failed() ? failed<W>(call, out, rows.failed_row(), code) : 0;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -508,6 +509,61 @@ TEST(Calendar, EveryServiceWithoutACodeTakesAnyBits) {
         const int end = qztime_month_end_day(a.year, a.month);
         ASSERT_TRUE(end >= 28 && end <= 31);
     }
+}
+
+// ---- Many dates at once -----------------------------------------------------------------------------------------------------
+
+TEST(CalendarVectors, NumbersAreThoseOfEachRecord) {
+    std::mt19937_64 random(1);
+    for (const uint32_t n : {0U, 1U, 7U, 8U, 255U, 256U, 257U, 1000U}) {
+        std::vector<qztime> dates(n);
+        std::vector<int32_t> numbers(n + 1, 77);
+        for (int32_t round = 0; round < 100; ++round) {
+            for (qztime& date : dates) {
+                // Any bits, any date of the months, and the days around the gap.
+                const uint64_t bits = random();
+                date.year = static_cast<int16_t>(bits);
+                date.month = static_cast<uint8_t>(bits >> 16);
+                date.day = static_cast<uint8_t>(bits >> 24);
+                if (round % 3 != 0) date.month = static_cast<uint8_t>(date.month % 12 + 1);
+                if (round % 3 == 2) date.year = 1582, date.month = static_cast<uint8_t>(date.month % 3 + 9);
+            }
+            host_day_numbers(numbers.data(), n, dates.data());
+            for (uint32_t i = 0; i < n; ++i) ASSERT_EQ(numbers[i], host_day_number_adjusted(&dates[i])) << dates[i].year;
+            ASSERT_EQ(numbers[n], 77);
+        }
+    }
+}
+
+TEST(CalendarVectors, DatesOfEveryNumber) {
+    constexpr int32_t kMost = 1000;
+    std::vector<qztime> source(kMost), dates(kMost + 1), expected(kMost);
+    std::vector<int32_t> numbers(kMost);
+    std::mt19937_64 random(1);
+    for (qztime& value : source) {
+        value = {static_cast<int16_t>(random()),  static_cast<uint8_t>(random()), static_cast<uint8_t>(random()),
+                 static_cast<uint8_t>(random()),  static_cast<uint8_t>(random()), static_cast<uint8_t>(random()),
+                 static_cast<uint32_t>(random()), static_cast<int16_t>(random())};
+    }
+    const qztime untouched = source[0];
+    dates[kMost] = untouched;
+    for (int32_t first = HOST_DAY_MIN; first <= HOST_DAY_MAX; first += kMost) {
+        for (uint32_t i = 0; i < kMost; ++i) {
+            numbers[i] = std::min<int32_t>(first + static_cast<int32_t>(i), HOST_DAY_MAX);
+            expected[i] = source[i];
+            host_set_day_number(&expected[i], numbers[i]);
+        }
+        host_set_day_numbers(dates.data(), kMost, source.data(), numbers.data());
+        ASSERT_EQ(std::memcmp(dates.data(), expected.data(), kMost * sizeof(qztime)), 0) << first;
+        ASSERT_EQ(std::memcmp(&dates[kMost], &untouched, sizeof untouched), 0);
+    }
+    std::vector<qztime> in_place = source;
+    host_set_day_numbers(in_place.data(), kMost, in_place.data(), numbers.data());
+    EXPECT_EQ(std::memcmp(in_place.data(), expected.data(), kMost * sizeof(qztime)), 0);
+    // Numbers of no date do no harm.
+    for (uint32_t i = 0; i < kMost; ++i) numbers[i] = static_cast<int32_t>(random());
+    host_set_day_numbers(dates.data(), kMost, source.data(), numbers.data());
+    for (uint32_t i = 0; i < kMost; ++i) ASSERT_EQ(uint32_t{dates[i].fraction}, uint32_t{source[i].fraction});
 }
 
 }  // namespace

@@ -120,6 +120,13 @@ inline void host_set_day_number(qztime* value, int32_t number) {
     host_set_julian_count(value, gregorian + (number >= HOST_DAY_CUTOVER ? century - (century >> 2) : 248));
 }
 
+/* host_day_number_adjusted of n records, several times as fast as one after the other. */
+void host_day_numbers(int32_t* numbers, uint32_t n, const qztime* dates);
+
+/* Copies n records, with the dates of day numbers between HOST_DAY_MIN and HOST_DAY_MAX. A number outside gives no date, harmlessly.
+ * out may be source. */
+void host_set_day_numbers(qztime* out, uint32_t n, const qztime* source, const int32_t* numbers);
+
 /* ---- Record access ---------------------------------------------------------------------------------------------------------- */
 
 inline int32_t qztime_get_year(const qztime* value) { return value->year; }
