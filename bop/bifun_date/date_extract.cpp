@@ -37,9 +37,28 @@ struct Part {
     static int32_t row(const qztime& value) { return kPart(&value); }
 };
 
-struct DayOfWeek {
+struct WeekdayNumbers {
     static constexpr Rules rules = kRules;
-    static int32_t row(const qztime& value) { return weekday_of(adjusted_in_place(value)) + 1; }
+    static void block(int32_t* out, uint32_t n, const qztime* dates) {
+        host_day_numbers(out, n, dates);
+        for (uint32_t i = 0; i < n; ++i) out[i] = weekday_of_number(out[i]) + 1;
+    }
+};
+
+struct DayOfWeek {
+    static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* date) {
+        const int32_t code = run<WeekdayNumbers>(call, result, nrows, date);
+        // Rows in the gap are found adjusted afterwards.
+        auto* const values = static_cast<qztime*>(date->data->values);
+        for (uint32_t i = 0; i < nrows; ++i) {
+            const uint32_t row = date->sel != nullptr ? date->sel[i] : i;
+            if (qztime_cmp_with_glgl(values[row].year, values[row].month, values[row].day) == 0 &&
+                date->data->valid[row] != 0) {
+                qztime_glgl_adjust(values + row);
+            }
+        }
+        return code;
+    }
 };
 
 struct WeekdayOfText {
