@@ -26,20 +26,51 @@ constexpr Rules kFlagFirst{
 
 // ---- By an amount -----------------------------------------------------------------------------------------------------------
 
+double days_of_days(double days) { return days; }
+double days_of_weeks(int32_t weeks) { return static_cast<int32_t>(static_cast<uint32_t>(weeks) * 7); }
+
+// A block of whole days that all stay in the calendar moves its day numbers; the service adds any other, row by row.
+template <class Amount, double (*kDays)(Amount)>
 struct AddDays {
     static constexpr Rules rules = kRules;
-    static Code row(Row out, const qztime& date, double days) {
-        return Code{qztime_date_add_number(&date, days, &out.slot<qztime>())};
+
+    static void block(qztime* out, uint32_t n, const qztime* dates, const Amount* amounts) {
+        int32_t numbers[frame::kBlockRows];
+        host_day_numbers(numbers, n, dates);
+        uint32_t others = 0;
+        for (uint32_t i = 0; i < n; ++i) {
+            const double days = kDays(amounts[i]);
+            numbers[i] += whole_days(days);
+            others |= is_plain(days, numbers[i]) ? 0 : ~0U;
+        }
+        if (others == 0) [[likely]]
+            return host_set_day_numbers(out, n, dates, numbers);
+        for (uint32_t i = 0; i < n; ++i) {
+            if (qztime_date_add_number(dates + i, kDays(amounts[i]), out + i) < 0) out[i].month = kNoMonth;
+        }
+    }
+
+    static bool refuses(const qztime& computed, const qztime&, Amount) { return computed.month == kNoMonth; }
+
+    static Code refuse(Row, const qztime& date, Amount amount) {
+        qztime unused;
+        return Code{qztime_date_add_number(&date, kDays(amount), &unused)};
+    }
+
+  private:
+    static constexpr uint8_t kNoMonth = 0;
+    static constexpr double kMost = HOST_DAY_MAX - HOST_DAY_MIN + 1;
+
+    static int32_t whole_days(double days) { return static_cast<int32_t>((days > -kMost) & (days < kMost) ? days : 0.0); }
+
+    // Whether days are whole and brought a day number to this one.
+    static bool is_plain(double days, int32_t number) {
+        return (days == whole_days(days)) & (number >= HOST_DAY_MIN) & (number <= HOST_DAY_MAX);
     }
 };
 
-struct AddWeeks {
-    static constexpr Rules rules = kRules;
-    static Code row(Row out, const qztime& date, int32_t weeks) {
-        const auto days = static_cast<int32_t>(static_cast<uint32_t>(weeks) * 7);
-        return Code{qztime_date_add_number(&date, days, &out.slot<qztime>())};
-    }
-};
+using AddSomeDays = AddDays<double, days_of_days>;
+using AddSomeWeeks = AddDays<int32_t, days_of_weeks>;
 
 struct AddMonths {
     static constexpr Rules rules = kRules;
@@ -130,13 +161,13 @@ struct LastDayOfText {
 
 using namespace bifun;
 
-BIFUN_EXPORT_2(badd_days_aa_date, AddDays, a, a)
-BIFUN_EXPORT_2(badd_days_av_date, AddDays, a, v)
-BIFUN_EXPORT_2(badd_days_va_date, AddDays, v, a)
+BIFUN_EXPORT_2(badd_days_aa_date, AddSomeDays, a, a)
+BIFUN_EXPORT_2(badd_days_av_date, AddSomeDays, a, v)
+BIFUN_EXPORT_2(badd_days_va_date, AddSomeDays, v, a)
 
-BIFUN_EXPORT_2(badd_weeks_aa_date, AddWeeks, a, a)
-BIFUN_EXPORT_2(badd_weeks_av_date, AddWeeks, a, v)
-BIFUN_EXPORT_2(badd_weeks_va_date, AddWeeks, v, a)
+BIFUN_EXPORT_2(badd_weeks_aa_date, AddSomeWeeks, a, a)
+BIFUN_EXPORT_2(badd_weeks_av_date, AddSomeWeeks, a, v)
+BIFUN_EXPORT_2(badd_weeks_va_date, AddSomeWeeks, v, a)
 
 BIFUN_EXPORT_2(badd_months_aa_date, AddMonths, a, a)
 BIFUN_EXPORT_2(badd_months_av_date, AddMonths, a, v)
