@@ -47,24 +47,17 @@ inline Utf8Count count_utf8_from(const uint8_t* p, size_t n, size_t i) {
     return {blocks.is_well_formed(), n - continuations};
 }
 
-inline Utf8Count count_of(const Utf8Planes& planes, size_t n) {
-    return {planes.is_well_formed(), n - static_cast<size_t>(std::popcount(planes.continuations()))};
-}
-
 inline Utf8Count count_utf8(const uint8_t* p, size_t n) {
     if (n < kBlock) {
-        const __m128i block = load_below_16(p, n);
-        if (bits_of(block) == 0) return {true, n};
-        const Utf8Planes planes = planes_of(block);
-        return planes.rare ? count_utf8_from(p, n, 0) : count_of(planes, n);
+        if (bits_of(load_below_16(p, n)) == 0) return {true, n};
+        return count_utf8_from(p, n, 0);
     }
     if (SpreadBlocks::takes(n)) {
         const SpreadBlocks blocks(p, n);
         if (bits_of(blocks.all()) == 0) return {true, n};
-        const Utf8Planes planes = planes_of(blocks);
-        if (!planes.rare) return count_of(planes, n);
         if (n < Utf8Blocks::kLeastSpread) return count_utf8_from(p, n, 0);
-        return {Utf8Blocks::is_well_formed(p, blocks), count_of(planes, n).characters};
+        const uint64_t continuations = blocks.bits(Utf8Blocks::continuations);
+        return {Utf8Blocks::is_well_formed(p, blocks), n - static_cast<size_t>(std::popcount(continuations))};
     }
     size_t i = 0;
     for (; i + 4 * kBlock <= n; i += 4 * kBlock) {
@@ -173,11 +166,8 @@ inline Passed pass_utf8(const uint8_t* p, size_t len, size_t n) {
     if (SpreadBlocks::takes(len)) {
         const SpreadBlocks blocks(p, len);
         if (bits_of(blocks.all()) == 0) return {std::min(n, len), std::min(n, len)};
-        const Utf8Planes planes = planes_of(blocks);
-        const bool sound =
-            planes.rare ? len >= Utf8Blocks::kLeastSpread && Utf8Blocks::is_well_formed(p, blocks) : planes.is_well_formed();
-        if (sound) {
-            const uint64_t starts = ~planes.continuations() & ((uint64_t{1} << len) - 1);
+        if (len >= Utf8Blocks::kLeastSpread && Utf8Blocks::is_well_formed(p, blocks)) {
+            const uint64_t starts = ~blocks.bits(Utf8Blocks::continuations) & ((uint64_t{1} << len) - 1);
             const size_t count = static_cast<size_t>(std::popcount(starts));
             const size_t passed = n >= count ? len : place_of_set_bit(starts, n);
             return {passed, passed};

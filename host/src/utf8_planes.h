@@ -1,4 +1,5 @@
-// Well-formedness and count of short UTF-8 by bit planes: one word holds bit 7 of all bytes of a text, one bit 6, one bit 5.
+// Well-formedness and count of UTF-8 by bit planes, where the machine has AVX-512: one word holds bit 7 of 64 bytes, one bit 6, one
+// bit 5. Made of blocks of sixteen bytes the planes cost more than the look-ups of Utf8Blocks.
 //
 // The lead bytes, moved up by one place, and those of three bytes, moved up by two, tell where continuations are due. A text is
 // well-formed when they stand there and nowhere else. Four lead bytes tell more than that, and some are never right: C0, C1, E0, ED and
@@ -7,13 +8,10 @@
 
 #include "host/src/byte_blocks.h"
 
-#ifdef QZHOST_VECTOR_BYTES
-
-#if defined(__x86_64__) && defined(__GNUC__)
+#if defined(QZHOST_VECTOR_BYTES) && defined(__x86_64__) && defined(__GNUC__)
 #define QZHOST_MASKED_LOADS 1
 #include <immintrin.h>
 #define QZHOST_MASKED [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,bmi,bmi2,popcnt")]]
-#endif
 
 namespace qzhost {
 
@@ -35,41 +33,13 @@ struct Utf8Planes {
     bool is_well_formed() const { return continuations() == due(); }
 };
 
-// Nonzero bytes where the block has one of the rare lead bytes.
-inline __m128i rare_leads(__m128i block) {
-    enum : char { kC = 1, kE = 2, kF = 4 };
-    const __m128i by_high = _mm_setr_epi8(0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, kC, 0, kE, kF);
-    const __m128i by_low = _mm_setr_epi8(kC | kE | kF, kC | kF, kF, kF, kF, kF, kF, kF, kF, kF, kF, kF, kF, kE | kF, kF, kF);
-    const __m128i half = _mm_set1_epi8(0x0F);
-    const __m128i high = _mm_shuffle_epi8(by_high, _mm_and_si128(_mm_srli_epi16(block, 4), half));
-    return _mm_and_si128(high, _mm_shuffle_epi8(by_low, _mm_and_si128(block, half)));
-}
-
-inline bool is_zero(__m128i block) { return bits_of(_mm_cmpeq_epi8(block, _mm_setzero_si128())) == 0xFFFF; }
-
-inline Utf8Planes planes_of(__m128i block) {
-    return {bits_of(block), bits_of(_mm_slli_epi16(block, 1)), bits_of(_mm_slli_epi16(block, 2)), !is_zero(rare_leads(block))};
-}
-
-inline Utf8Planes planes_of(const SpreadBlocks& blocks) {
-    __m128i rare = _mm_setzero_si128();
-    for (size_t i = 0; i < SpreadBlocks::kCount; ++i) rare = _mm_or_si128(rare, rare_leads(blocks.block[i]));
-    return {blocks.bits([](__m128i block) { return block; }),
-            blocks.bits([](__m128i block) { return _mm_slli_epi16(block, 1); }),
-            blocks.bits([](__m128i block) { return _mm_slli_epi16(block, 2); }), !is_zero(rare)};
-}
-
-#ifdef QZHOST_MASKED_LOADS
-
 inline bool has_masked_loads() {
     return __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
-           __builtin_cpu_supports("avx512vbmi") != 0;
+           __builtin_cpu_supports("avx512vbmi") != 0 && __builtin_cpu_supports("bmi2") != 0;
 }
 
-// Number of the characters of n bytes, or kNotTold where they are malformed or one of the rare lead bytes is among them. The bytes are
-// loaded under a mask, in one step for every length, so that up to 62 take no branch.
-inline constexpr size_t kNotTold = SIZE_MAX;
 inline constexpr size_t kMaskedBlock = 64;
+inline constexpr size_t kNotTold = SIZE_MAX;
 
 // The planes of 64 bytes or fewer; room behind them is not asked for.
 QZHOST_MASKED inline Utf8Planes planes_of(__m512i bytes) {
@@ -98,6 +68,8 @@ QZHOST_MASKED inline size_t ascii_blocks(const uint8_t* p, size_t n) {
     return i;
 }
 
+// Number of the characters of n bytes, or kNotTold where they are malformed or one of the rare lead bytes is among them. Bytes are
+// loaded under a mask, in one step for every length, so that up to 62 take no branch.
 QZHOST_MASKED inline size_t count_utf8_masked(const uint8_t* p, size_t n) {
     if (n <= Utf8Planes::kMost) [[likely]] {
         const Utf8Planes planes = planes_of(_mm512_maskz_loadu_epi8(_bzhi_u64(~uint64_t{0}, static_cast<unsigned>(n)), p));
@@ -121,8 +93,6 @@ QZHOST_MASKED inline size_t count_utf8_masked(const uint8_t* p, size_t n) {
         if (last) return n - continuations;
     }
 }
-
-#endif
 
 }  // namespace qzhost
 
