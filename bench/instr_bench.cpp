@@ -78,6 +78,7 @@ class Batch {
 };
 
 void report(benchmark::State& state, const TextRows& rows) {
+    state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(rows.size()));
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(rows.bytes()));
     state.counters["ns_row"] =
         benchmark::Counter(static_cast<double>(state.iterations()) * static_cast<double>(rows.size()) / 1e9,

@@ -396,6 +396,8 @@ struct FromStart {
         task_.ctx = &*ctx_;
         task_.by_shift_or = is_short && (task_.start < 0 ? Unit::kBytes : pattern.blank != 0);
         const uint32_t characters = qz_mbstrlen_ex(pattern.bytes, pattern.len);
+        Rest behind;
+        task_.is_well_formed = !pass_characters(pattern, characters, behind).failed();
         if (task_.by_shift_or) {
             ctx_.prepare_shift_or(pattern.bytes, pattern.len, characters);
             return kOk;

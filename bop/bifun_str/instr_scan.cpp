@@ -5,7 +5,7 @@
 //   - Where an occurrence of a pattern of blanks is not stored, it is counted from the blanks that end the stored text: what stands
 //     further in front counts for nothing. Two blanks stand in 'ab  c ' with two implied ones at 3, 6 and 7, the second time at 7.
 //   - instrb takes a start inside the last character, but at its last byte, as it stands, and counts the bytes from there on for
-//     blanks: a blank is found in '\u00e9\u4e2d' from byte 4 on at 4.
+//     blanks: two blanks are found in '\u00e9\u4e2d' from byte 4 on at 4.
 //   - The scan for a pattern with blanks takes the start, a number of characters, for the byte at which the search begins, until
 //     the first hit is behind it. The two differ behind multibyte characters: 'b' and 2 blanks is not found in '\u00e9b  ' from the
 //     second character on, since byte 2 begins none, and in '\u00e9\u00e9b  ' from the third on at 2. Bytes behind the stored text
@@ -66,12 +66,13 @@ Rest pass_by_lead(const Text& text, int32_t n) {
     return walk_by_lead(rest, count - ascii);
 }
 
-// Where characters cannot match, because there are fewer of them or none of several bytes. A pattern of ASCII needs no look: where
-// its bytes are found, so are its characters.
-bool lacks_characters(const instr_search_ctx& ctx, const Text& text) {
-    if (ascii_bytes(ctx.pattern, ctx.pattern_bytes) == ctx.pattern_bytes) return false;
+// Where characters cannot match, because there are fewer of them or none of several bytes. A well-formed pattern needs no look:
+// where its bytes begin a character, all its characters are.
+bool lacks_characters(const InstrTask& task, const Text& text) {
+    if (task.is_well_formed) return false;
     const uint32_t characters = count_characters(text.bytes, text.len);
-    return characters < ctx.pattern_chars || (ctx.pattern_bytes > ctx.pattern_chars && characters == text.len);
+    const bool has_multibyte = task.ctx->pattern_bytes > task.ctx->pattern_chars;
+    return characters < task.ctx->pattern_chars || (has_multibyte && characters == text.len);
 }
 
 int32_t instr_scan_plain(const InstrTask& task, const Text& text) {
@@ -82,7 +83,7 @@ int32_t instr_scan_plain(const InstrTask& task, const Text& text) {
 }
 
 int32_t instrb_scan_plain(const InstrTask& task, const Text& text) {
-    if (lacks_characters(*task.ctx, text)) return 0;
+    if (lacks_characters(task, text)) return 0;
     const std::optional<uint32_t> start = InBytes::first_start(text, static_cast<int16_t>(task.start));
     if (!start) return 0;
     const uint32_t skipped = *start - 1;

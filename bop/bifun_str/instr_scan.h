@@ -19,6 +19,7 @@ struct InstrTask {
     int32_t start = 1;
     int32_t occurrence = 1;
     bool by_shift_or = false;
+    bool is_well_formed = false;  // the pattern
 };
 
 // Dispatches a start above 0. The text's case is folded as the pattern's is.
