@@ -61,7 +61,10 @@ struct AddDays {
     static constexpr uint8_t kNoMonth = 0;
     static constexpr double kMost = HOST_DAY_MAX - HOST_DAY_MIN + 1;
 
-    static int32_t whole_days(double days) { return static_cast<int32_t>((days > -kMost) & (days < kMost) ? days : 0.0); }
+    static int32_t whole_days(double days) {
+        const bool fits = (days > -kMost) & (days < kMost);  // NaN does not
+        return static_cast<int32_t>(fits ? days : 0.0);
+    }
 
     // Whether days are whole and brought a day number to this one.
     static bool is_plain(double days, int32_t number) {
