@@ -137,7 +137,8 @@ void BM_loop_first_byte(benchmark::State& state) {
         const bdta3_col& col = *texts.vector.col();
         const auto* const from = static_cast<const bdta3_colstr*>(col.data->values);
         auto* const to = static_cast<int32_t*>(result->data->values);
-        for (uint32_t i = 0; i < texts.n; ++i) to[i] = from[col.sel == nullptr ? i : col.sel[i]].bytes[0];
+        for (uint32_t i = 0; i < texts.n; ++i)
+            to[i] = static_cast<unsigned char>(from[col.sel == nullptr ? i : col.sel[i]].bytes[0]);
         std::memcpy(result->data->valid, col.data->valid, texts.n);
         return 0;
     });

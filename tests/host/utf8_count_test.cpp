@@ -55,8 +55,8 @@ TEST_F(Utf8Counts, EveryPairOfBytesAtEveryEdge) {
 }
 
 TEST_F(Utf8Counts, TextsOfEveryLength) {
-    static const std::vector<std::string> kPieces = {"a", "\xC3\xA9", "\xE4\xB8\xAD", "\xE1\x80\x80", "\xDF\xBF", "\xC2\x80"};
-    static const std::vector<std::string> kRare = {"\xED\x9F\xBF", "\xE0\xA0\x80", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"};
+    static const std::vector<std::string> common = {"a", "\xC3\xA9", "\xE4\xB8\xAD", "\xE1\x80\x80", "\xDF\xBF", "\xC2\x80"};
+    static const std::vector<std::string> rare = {"\xED\x9F\xBF", "\xE0\xA0\x80", "\xF0\x9F\x98\x80", "\xF4\x8F\xBF\xBF"};
     std::mt19937 random(support::test_seed());
     for (int i = 0; i < 40000; ++i) {
         const size_t wanted = random() % (i % 4 == 0 ? 300 : 80);
@@ -64,9 +64,9 @@ TEST_F(Utf8Counts, TextsOfEveryLength) {
         std::string text;
         while (text.size() < wanted) {
             if (kind == 1 && random() % 8 == 0) {
-                text += kRare[random() % kRare.size()];
+                text += rare[random() % rare.size()];
             } else {
-                text += kPieces[random() % kPieces.size()];
+                text += common[random() % common.size()];
             }
         }
         if (kind == 2 && !text.empty()) text[random() % text.size()] = static_cast<char>(random());

@@ -81,7 +81,7 @@ Characters characters_of(const std::string& text, Charset charset) {
 
 // Texts that are long enough for every loop, of letters, digits, blanks, whole characters of each set, and at times any bytes.
 Text draw(Random& random, Charset charset, uint32_t garbage) {
-    static const std::vector<std::string> kMultibyte[] = {
+    static const std::vector<std::string> longer[] = {
         {"\xD6\xD0", "\x81\x61", "\x81\x41", "\x81\x7A", "\x81\x30\x81\x30", "\xA3\xE1", "\xA3\xC1", "\xA7\xA1",
          "\xFE\x39\xFE\x39"},
         {"é", "É", "中", "😀", "ÿ", "ß", "ж", "Ж", "ⱥ", "\u00A0", "\uFFFD", "\U0010FFFF", "\u07FF", "\u0800"},
@@ -95,7 +95,7 @@ Text draw(Random& random, Charset charset, uint32_t garbage) {
         if (spoiled && random.chance(5)) {
             text.bytes += static_cast<char>(random.below(256));
         } else if (random.chance(multibyte)) {
-            const std::vector<std::string>& list = kMultibyte[charset];
+            const std::vector<std::string>& list = longer[charset];
             text.bytes += list[random.below(static_cast<uint32_t>(list.size()))];
         } else {
             text.bytes += kAscii[random.below(sizeof kAscii - 1)];

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "qzbifun/codes.h"
@@ -115,8 +116,8 @@ class TextRuns : public testing::Test {
 };
 
 std::vector<Packed::Row> random_rows(Random& random, uint32_t charset) {
-    static const std::string kPieces[] = {"a", "b", "Z", "7", " ", "-", "word ", "TWO words ", "x1y"};
-    static const std::string kLonger[] = {"\x81\x61", "\xC3\xA9", "\xB0\xA1"};
+    static constexpr std::string_view kPieces[] = {"a", "b", "Z", "7", " ", "-", "word ", "TWO words ", "x1y"};
+    static constexpr std::string_view kLonger[] = {"\x81\x61", "\xC3\xA9", "\xB0\xA1"};
     const uint32_t kind = random.below(5);  // 0, 1: ASCII; 2: also bytes that are no character; 3: a few longer ones; 4: many
     const bool long_rows = random.below(8) == 0;
     std::vector<Packed::Row> rows(random.below(400));
