@@ -69,6 +69,20 @@ TEST(FindInSet, IsThePlainWalkOverTheElements) {
     EXPECT_GT(found, absent / 50);
 }
 
+// Of all lengths, so that some of them meet in a chain.
+TEST(FindInSet, TheStartOfAnElementIsNotTheElement) {
+    Host host;
+    const std::string letters = "abcdefghijklmnopqrstuvwxyzabcdefghijklmnopqrstuvwxyz";
+    const Vector text = Vector::of<Text>(host, {Text{letters.substr(0, 8), 0}, Text{letters.substr(0, 8), 1}});
+    for (size_t length = 9; length <= letters.size(); ++length) {
+        Constant list = Constant::of(Text{letters.substr(0, length), 0});
+        const Vector result = Vector::result<int32_t>(host, 2);
+        ASSERT_EQ(bfind_in_set_av_str(host.env(), host.mem(), text.col(), list.scalar(), result.col(), 2), 0);
+        EXPECT_EQ(result.get<int32_t>(0), 0) << length;
+        EXPECT_EQ(result.get<int32_t>(1), 0) << length;
+    }
+}
+
 class FindInSetExhausted : public ::testing::Test {
   protected:
     // The call after so many allocations that succeed.

@@ -66,6 +66,9 @@ TEST(InstrLow, PositionAndByte) {
     expect("\u00e9b\u4e2db", "b", 3, 1, {0, 4, 4});
     expect("\u00e9b\u4e2db", "\u4e2d", 1, 1, {0, 3, 4});
     expect("abcdef", "\u4e2d", 1, 1, {0, 0, 0});
+    // The pattern's bytes are two characters, of which the text has one.
+    expect("\u4e2d", "\xE4\xB8", 1, 1, {0, 0, 0});
+    expect("\u4e2db", "\xE4\xB8", 1, 1, {0, 1, 1});
     // Backwards in multibyte text: the first place is measured in bytes of the reversed text.
     expect("a\u00e9\u00e9a\u00e9\u00e9\u00e9a", "\u00e9", -8, 1, {0, 2, 1});
     const std::string letters(40, 'a');

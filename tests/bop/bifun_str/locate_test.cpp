@@ -477,6 +477,32 @@ TEST_F(LocateInClobFails, AnyAllocationMayFail) {
     }
 }
 
+// Text that the store cuts short ends with a whole character; bytes would end with a part of one, which could be found.
+TEST_F(LocateInClobFails, AClobIsReadAsText) {
+    const support::Parameters utf8(SERVER_CHARSET, 1);
+    host_lob_limit_read(2);
+    const Vector text = clobs(host_, {"", "a\u00e9"});
+    ASSERT_EQ(kStorages[1], LOB_KIND_SHORT);
+    Constant constant_text = constant("a\u00e9", LOB_KIND_SHORT);
+    const Vector pattern = Vector::of<Text>(host_, {Text{"a", 0}, Text{"\xC3", 0}});
+    Constant lead = Constant::of(Text{"\xC3", 0});
+    const Vector out = Vector::result<int32_t>(host_, 2);
+    const std::vector<Form> forms = {
+        [&](bdta3_col* to) { return blocate_aav_str_clob(env(), mem(), pattern.col(), text.col(), one_.scalar(), to, 2); },
+        [&](bdta3_col* to) { return blocate_vav_str_clob(env(), mem(), lead.scalar(), text.col(), one_.scalar(), to, 2); },
+        [&](bdta3_col* to) { return blocate_def_aa_str_clob(env(), mem(), pattern.col(), text.col(), to, 2); },
+        [&](bdta3_col* to) { return blocate_def_va_str_clob(env(), mem(), lead.scalar(), text.col(), to, 2); },
+        [&](bdta3_col* to) {
+            return blocate_avv_str_clob(env(), mem(), pattern.col(), constant_text.scalar(), one_.scalar(), to, 2);
+        },
+        [&](bdta3_col* to) { return blocate_def_av_str_clob(env(), mem(), pattern.col(), constant_text.scalar(), to, 2); },
+    };
+    for (const Form& form : forms) {
+        EXPECT_EQ(call(out, [&] { return form(out.col()); }), 0);
+        EXPECT_EQ(out.get<int32_t>(1), 0);
+    }
+}
+
 TEST_F(LocateInClobFails, WhatTheStoreDeliversIsSearched) {
     host_lob_limit_read(1000);
     for (const Form& form : of_vectors()) {

@@ -120,7 +120,7 @@ std::vector<Packed::Row> random_rows(Random& random, uint32_t charset) {
     static constexpr std::string_view kLonger[] = {"\x81\x61", "\xC3\xA9", "\xB0\xA1"};
     const uint32_t kind = random.below(5);  // 0, 1: ASCII; 2: also bytes that are no character; 3: a few longer ones; 4: many
     const bool long_rows = random.below(8) == 0;
-    std::vector<Packed::Row> rows(random.below(400));
+    std::vector<Packed::Row> rows(1 + random.below(400));
     for (Packed::Row& row : rows) {
         const uint32_t pieces = random.below(10) == 0 ? 0 : random.below(long_rows ? 2000 : 12);
         for (uint32_t i = 0; i < pieces; ++i) {
