@@ -466,6 +466,39 @@ TEST_F(LocateInClobFails, ExhaustionIsReportedByTheReaderAndLogged) {
     }
 }
 
+// Where neither can be had, the text is what is told of.
+TEST_F(LocateInClobFails, TheTextIsReadBeforeThePatternIsWrittenOut) {
+    const Vector blank_pattern = Vector::of<Text>(host_, {Text{"b", 9}, Text{"b", 9}, Text{"b", 9}});
+    Constant blank_constant = Constant::of(Text{"b", 99});
+    Constant text = constant(data_, LOB_KIND_SHORT);
+    const std::vector<Form> by_slot = {
+        [&](bdta3_col* to) {
+            return blocate_aav_str_clob(env(), mem(), blank_pattern.col(), text_.col(), one_.scalar(), to, 3);
+        },
+        [&](bdta3_col* to) {
+            return blocate_vav_str_clob(env(), mem(), blank_constant.scalar(), text_.col(), one_.scalar(), to, 3);
+        },
+        [&](bdta3_col* to) { return blocate_def_aa_str_clob(env(), mem(), blank_pattern.col(), text_.col(), to, 3); },
+        [&](bdta3_col* to) { return blocate_def_va_str_clob(env(), mem(), blank_constant.scalar(), text_.col(), to, 3); },
+    };
+    const std::vector<Form> by_value = {
+        [&](bdta3_col* to) {
+            return blocate_avv_str_clob(env(), mem(), blank_pattern.col(), text.scalar(), one_.scalar(), to, 3);
+        },
+        [&](bdta3_col* to) { return blocate_def_av_str_clob(env(), mem(), blank_pattern.col(), text.scalar(), to, 3); },
+    };
+    const auto expect = [&](const Form& form, const std::string& stack) {
+        const Vector out = result();
+        EXPECT_EQ(call(
+                      out, [&] { return form(out.col()); }, 0),
+                  EC_OUT_OF_MEMORY);
+        EXPECT_EQ(stack_, stack);
+        EXPECT_EQ(log_, ErrorCodes{EC_OUT_OF_MEMORY});
+    };
+    for (const Form& form : by_slot) expect(form, "-503 bifun_lob_to_str");
+    for (const Form& form : by_value) expect(form, "-503 ifun_lob_to_str_ex");
+}
+
 // The locator of a value out of row is copied to be read: a second allocation, whose failure leaves the first to be given back.
 TEST_F(LocateInClobFails, AnyAllocationMayFail) {
     for (const Form& form : of_vectors()) {

@@ -33,6 +33,21 @@ TEST(WrittenOut, EmptyAndAllBlank) {
     EXPECT_EQ(host.outstanding(), 0u);
 }
 
+// An allocator may answer nothing where nothing is asked for.
+TEST(WrittenOut, AnEmptyValueHasABlockToo) {
+    support::Host host;
+    static char block[1];
+    rt_memobj strict{
+        [](qz_env*, void*, size_t size, const char*, int32_t) { return size == 0 ? nullptr : static_cast<void*>(block); },
+        nullptr, nullptr};
+    const bdta3_colstr slot{0, 0, nullptr};
+    bdta3_colstr out{7, 7, nullptr};
+    ASSERT_EQ(colstr_expand_blanks(host.env(), &strict, &out, &slot), 0);
+    EXPECT_EQ(out.bytes, block);
+    EXPECT_EQ(out.len, 0u);
+    EXPECT_EQ(out.blank, 0u);
+}
+
 TEST(WrittenOut, TheSameSlotStaysAsItIs) {
     support::Host host;
     char text[] = "ab";
