@@ -39,13 +39,18 @@ Code months_between(const qztime& first, const qztime& second, xdec* result) {
     return Code{host_xdec_from_months(months, first.day - second.day, result)};
 }
 
+// first minus second, of a block of rows.
+void days_between(int32_t* out, uint32_t n, const qztime* first, const qztime* second) {
+    int32_t numbers[frame::kBlockRows];
+    host_day_numbers(numbers, n, first);
+    host_day_numbers(out, n, second);
+    for (uint32_t i = 0; i < n; ++i) out[i] = numbers[i] - out[i];
+}
+
 struct DaysBetween {
     static constexpr Rules rules = kRules;
     static void block(int32_t* out, uint32_t n, const qztime* first, const qztime* second) {
-        int32_t numbers[frame::kBlockRows];
-        host_day_numbers(numbers, n, first);
-        host_day_numbers(out, n, second);
-        for (uint32_t i = 0; i < n; ++i) out[i] = numbers[i] - out[i];
+        days_between(out, n, first, second);
     }
 };
 
@@ -69,20 +74,21 @@ struct YearsBetween {
 
 // ---- Completed units --------------------------------------------------------------------------------------------------------
 
-int64_t days(const qztime& first, const qztime& second) { return qztime_diff_day(&second, &first); }  // within 24 million
+// Of so many days from first to second, within 24 million.
+int64_t hours(int64_t days, const qztime& first, const qztime& second) { return days * 24 - first.hour + second.hour; }
 
-int64_t hours(const qztime& first, const qztime& second) { return days(first, second) * 24 - first.hour + second.hour; }
+int64_t minutes(int64_t days, const qztime& first, const qztime& second) {
+    return hours(days, first, second) * 60 - first.minute + second.minute;
+}
 
-int64_t minutes(const qztime& first, const qztime& second) { return hours(first, second) * 60 - first.minute + second.minute; }
-
-int64_t seconds(const qztime& first, const qztime& second) {
-    return minutes(first, second) * 60 - first.second + second.second;  // within 2^42
+int64_t seconds(int64_t days, const qztime& first, const qztime& second) {
+    return minutes(days, first, second) * 60 - first.second + second.second;  // within 2^42
 }
 
 // The fractions differ by units of so many nanoseconds, cut toward zero whatever the sign of the seconds.
-int64_t fractions(const qztime& first, const qztime& second, int64_t nanoseconds) {
+int64_t fractions(int64_t days, const qztime& first, const qztime& second, int64_t nanoseconds) {
     const int64_t apart = int64_t{second.fraction} - int64_t{first.fraction};
-    return seconds(first, second) * (1'000'000'000 / nanoseconds) + apart / nanoseconds;  // within 2^62
+    return seconds(days, first, second) * (1'000'000'000 / nanoseconds) + apart / nanoseconds;  // within 2^62
 }
 
 int64_t years(const qztime& first, const qztime& second) { return second.year - first.year; }
@@ -112,9 +118,36 @@ int64_t weeks(const qztime& first, const qztime& second) {
     return same_day ? 0 : completed(count, first, second, HOST_PART_HOUR);
 }
 
-// The units of a part from first to second.
+// Parts whose units are counted from the days between the dates.
+template <int32_t kPart>
+inline constexpr bool kCountsFromDays =
+    kPart == HOST_PART_DAY || kPart == HOST_PART_HOUR || kPart == HOST_PART_MINUTE || kPart == HOST_PART_SECOND ||
+    kPart == HOST_PART_MILLISECOND || kPart == HOST_PART_MICROSECOND;
+
+// The units of such a part from first to second.
+template <int32_t kPart>
+int64_t units_of_days(int64_t days, const qztime& first, const qztime& second) {
+    switch (kPart) {
+        case HOST_PART_DAY:
+            return completed(days, first, second, HOST_PART_HOUR);
+        case HOST_PART_HOUR:
+            return completed(hours(days, first, second), first, second, HOST_PART_MINUTE);
+        case HOST_PART_MINUTE:
+            return completed(minutes(days, first, second), first, second, HOST_PART_SECOND);
+        case HOST_PART_SECOND:
+            return completed(seconds(days, first, second), first, second, HOST_PART_MILLISECOND);
+        case HOST_PART_MILLISECOND:
+            return fractions(days, first, second, 1'000'000);
+        default:
+            static_assert(kCountsFromDays<kPart>);
+            return fractions(days, first, second, 1000);
+    }
+}
+
+// Those of any part.
 template <int32_t kPart>
 int64_t units(const qztime& first, const qztime& second) {
+    if constexpr (kCountsFromDays<kPart>) return units_of_days<kPart>(qztime_diff_day(&second, &first), first, second);
     switch (kPart) {
         case HOST_PART_YEAR:
             return completed(years(first, second), first, second, HOST_PART_MONTH);
@@ -122,21 +155,8 @@ int64_t units(const qztime& first, const qztime& second) {
             return completed(quarters(first, second), first, second, HOST_PART_DAY);
         case HOST_PART_MONTH:
             return completed(months(first, second), first, second, HOST_PART_DAY);
-        case HOST_PART_WEEK:
-            return weeks(first, second);
-        case HOST_PART_DAY:
-            return completed(days(first, second), first, second, HOST_PART_HOUR);
-        case HOST_PART_HOUR:
-            return completed(hours(first, second), first, second, HOST_PART_MINUTE);
-        case HOST_PART_MINUTE:
-            return completed(minutes(first, second), first, second, HOST_PART_SECOND);
-        case HOST_PART_SECOND:
-            return completed(seconds(first, second), first, second, HOST_PART_MILLISECOND);
-        case HOST_PART_MILLISECOND:
-            return fractions(first, second, 1'000'000);
         default:
-            static_assert(kPart >= HOST_PART_YEAR && kPart <= HOST_PART_MICROSECOND);
-            return fractions(first, second, 1000);
+            return weeks(first, second);
     }
 }
 
@@ -185,6 +205,17 @@ template <int32_t kPart>
 struct CountUnits {
     static constexpr Rules rules = kRules;
     static int64_t row(int32_t, const qztime& first, const qztime& second) { return units<kPart>(first, second); }
+};
+
+template <int32_t kPart>
+requires kCountsFromDays<kPart>
+struct CountUnits<kPart> {
+    static constexpr Rules rules = kRules;
+    static void block(int64_t* out, uint32_t n, const int32_t*, const qztime* first, const qztime* second) {
+        int32_t days[frame::kBlockRows];
+        days_between(days, n, second, first);
+        for (uint32_t i = 0; i < n; ++i) out[i] = units_of_days<kPart>(days[i], first[i], second[i]);
+    }
 };
 
 struct NoSuchPart {
