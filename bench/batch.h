@@ -1,8 +1,8 @@
 // Batches for the benchmarks of exported functions, and the floors they stand beside.
 //
 // A benchmark is named BM_<export>/null:<percent>/sel:<0 or 1>/rows:<n>. It counts rows a second, and the bytes of values and
-// valid bytes that go in and out. Its floors, in the same run, are BM_copy_<bytes>, a memcpy of as many bytes as one vector holds,
-// and BM_loop_<what>, the plain loop over raw arrays, compiled with what the library's loops may use.
+// valid bytes that go in and out. Its floors, in the same run, are BM_copy_<bytes>, a memcpy of as many bytes as one vector
+// holds, and BM_loop_<what>, the plain loop over raw arrays, compiled with what the library's loops may use.
 #pragma once
 
 #include <benchmark/benchmark.h>

@@ -1,8 +1,8 @@
 // The calendar's services beside plain loops over the same 13-byte records.
 //
-// 65,536 records, twice: near are dates of the years 1990 to 2030, all are dates of the whole calendar, two fifths of them Julian.
-// The floors are a copy of the records, and the usual arithmetic of a Gregorian calendar without a cut-over, as a caller would write
-// it for one calendar only. Results go to an array of their own.
+// 65,536 records, twice: near are dates of the years 1990 to 2030, all are dates of the whole calendar, two fifths of them
+// Julian. The floors are a copy of the records, and the usual arithmetic of a Gregorian calendar without a cut-over, as a
+// caller would write it for one calendar only. Results go to an array of their own.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>
@@ -61,7 +61,7 @@ void run(benchmark::State& state, Row row) {
     }                                                            \
     BENCHMARK(name)->ArgName("all")->Arg(0)->Arg(1)
 
-// ---- Floors ---------------------------------------------------------------------------------------------------------------------
+// ---- Floors -----------------------------------------------------------------------------------------------------------------
 
 int32_t gregorian_number(const qztime& v) {
     const int32_t y = v.year - (v.month <= 2);
@@ -86,7 +86,7 @@ CALENDAR_BENCH(BM_floor_copy, r.out[i] = r.values[i]);
 CALENDAR_BENCH(BM_floor_gregorian_number, r.results[i] = gregorian_number(r.values[i]));
 CALENDAR_BENCH(BM_floor_gregorian_date, set_gregorian(r.out[i], r.numbers[i]));
 
-// ---- Fields, numbers, comparison --------------------------------------------------------------------------------------------------
+// ---- Fields, numbers, comparison --------------------------------------------------------------------------------------------
 
 CALENDAR_BENCH(BM_qztime_get_year, r.results[i] = qztime_get_year(&r.values[i]));
 CALENDAR_BENCH(BM_qztime_assign, qztime_assign(&r.out[i], &r.values[i]));
@@ -110,7 +110,7 @@ CALENDAR_BENCH(BM_composition, int32_t y = 0, m = 0, d = 0;
                                                   &m, &d);
                r.results[i] = y + m + d);
 
-// ---- Arithmetic -------------------------------------------------------------------------------------------------------------------
+// ---- Arithmetic -------------------------------------------------------------------------------------------------------------
 
 CALENDAR_BENCH(BM_qztime_add_by_fmt_day, r.results[i] = qztime_add_by_fmt(&r.values[i], 3, 40, &r.out[i]));
 CALENDAR_BENCH(BM_qztime_add_by_fmt_hour, r.results[i] = qztime_add_by_fmt(&r.values[i], 4, 40, &r.out[i]));
@@ -124,7 +124,7 @@ CALENDAR_BENCH(BM_datetime_add_interval_dt, const qz_interval_dt interval{40, 3,
 CALENDAR_BENCH(BM_qztime_parse_datediff_second, qztime_parse_datediff(6, &r.values[i], &r.others[i], &r.results[i]));
 CALENDAR_BENCH(BM_qztime_parse_datediff_month, qztime_parse_datediff(2, &r.values[i], &r.others[i], &r.results[i]));
 
-// ---- Text -------------------------------------------------------------------------------------------------------------------------
+// ---- Text -------------------------------------------------------------------------------------------------------------------
 
 struct Form {
     const char* name;

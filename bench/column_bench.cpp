@@ -1,8 +1,8 @@
 // The column services beside the plain moves of the same bytes.
 //
 // A batch is 4096 rows. Texts are stored batch after batch in one vector that is reset in between, as a host reuses its result
-// vectors; the reset is part of what is measured, and of the floor, which clears the same rows. Rows per second and bytes of values
-// per second.
+// vectors; the reset is part of what is measured, and of the floor, which clears the same rows. Rows per second and bytes of
+// values per second.
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -63,7 +63,7 @@ void report(benchmark::State& state, size_t bytes_per_batch) {
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(bytes_per_batch));
 }
 
-// ---- Storing texts -----------------------------------------------------------------------------------------------------------
+// ---- Storing texts ----------------------------------------------------------------------------------------------------------
 
 void BM_bdta3_col_assign_str(benchmark::State& state) {
     Vector from(HOST_STR), to(HOST_STR);
@@ -102,7 +102,7 @@ void BM_floor_store_texts(benchmark::State& state) {
 BENCHMARK(BM_bdta3_col_assign_str)->ArgName("len")->Arg(4)->Arg(12)->Arg(24)->Arg(60)->Arg(300);
 BENCHMARK(BM_floor_store_texts)->ArgName("len")->Arg(4)->Arg(12)->Arg(24)->Arg(60)->Arg(300);
 
-// ---- Copies of vectors -------------------------------------------------------------------------------------------------------
+// ---- Copies of vectors ------------------------------------------------------------------------------------------------------
 
 void BM_bdta3_col_copy_str(benchmark::State& state) {
     Vector from(HOST_STR), to(HOST_STR);
@@ -168,7 +168,7 @@ BENCHMARK(BM_floor_memcpy)
     ->Arg(HOST_INTERVAL_YM)
     ->Arg(HOST_INTERVAL_DT);
 
-// ---- Slots -------------------------------------------------------------------------------------------------------------------
+// ---- Slots ------------------------------------------------------------------------------------------------------------------
 
 void BM_bdta3_colstr_cmp_with_blank(benchmark::State& state) {
     Vector from(HOST_STR);

@@ -1,7 +1,7 @@
 // ifun_parse_date, and the words for parts of a date, text by text.
 //
-// 65,536 texts of one form, of random dates of the years 1990 to 2030, packed in one buffer. The floor reads two digits at a time of a
-// text of known form and checks nothing.
+// 65,536 texts of one form, of random dates of the years 1990 to 2030, packed in one buffer. The floor reads two digits at a
+// time of a text of known form and checks nothing.
 #include <benchmark/benchmark.h>
 
 #include <cstdio>

@@ -1,8 +1,8 @@
 // trunc and round of dates, by every unit.
 //
-// Dates of the years 1990 to 2030 with random times of day, so that what goes up and what goes down alternate without order; beside
-// them the whole calendar, two fifths of it before the calendar change. The floors are a copy of the records and valid bytes, and the
-// plain loops that a caller would write for trunc to the month and to the Monday in one calendar only.
+// Dates of the years 1990 to 2030 with random times of day, so that what goes up and what goes down alternate without order;
+// beside them the whole calendar, two fifths of it before the calendar change. The floors are a copy of the records and valid
+// bytes, and the plain loops that a caller would write for trunc to the month and to the Monday in one calendar only.
 #include <cstring>
 
 #include "bench/batch.h"

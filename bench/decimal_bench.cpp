@@ -1,7 +1,7 @@
 // The decimal services, a value a turn out of an array, beside what the same values cost in bytes moved.
 //
-// Values have 1 to 18 digits, a scale of 0 up to their digits, and either sign. They do not come in any order that a branch could
-// learn. "wide" ones have 19 to 38 digits.
+// Values have 1 to 18 digits, a scale of 0 up to their digits, and either sign. They do not come in any order that a branch
+// could learn. "wide" ones have 19 to 38 digits.
 
 #include <benchmark/benchmark.h>
 
@@ -52,7 +52,7 @@ void count_items(benchmark::State& state, size_t bytes_per_item) {
     state.SetBytesProcessed(state.iterations() * state.range(0) * static_cast<int64_t>(bytes_per_item));
 }
 
-// ---- Floors --------------------------------------------------------------------------------------------------------------------
+// ---- Floors -----------------------------------------------------------------------------------------------------------------
 
 // The records of two arguments and a result, moved as they are.
 void BM_memcpy_of_records(benchmark::State& state) {
@@ -79,7 +79,7 @@ void BM_call_per_record(benchmark::State& state) {
 }
 BENCHMARK(BM_call_per_record)->Arg(kFew)->Arg(kMany);
 
-// ---- Services ------------------------------------------------------------------------------------------------------------------
+// ---- Services ---------------------------------------------------------------------------------------------------------------
 
 template <int32_t (*Service)(const xdec*, const xdec*, xdec*)>
 void binary(benchmark::State& state, uint64_t min_digits, uint64_t max_digits) {
@@ -200,7 +200,7 @@ BENCHMARK(BM_xdec_trunc_scale)->Arg(kFew)->Arg(kMany);
 BENCHMARK(BM_ceil_steps)->Arg(kFew)->Arg(kMany);
 BENCHMARK(BM_xdec_div_get_quotient_int_by_16)->Arg(kFew);
 
-// ---- Numbers -------------------------------------------------------------------------------------------------------------------
+// ---- Numbers ----------------------------------------------------------------------------------------------------------------
 
 void BM_xdec_from_int64(benchmark::State& state) {
     std::mt19937_64 random(3);
@@ -258,7 +258,7 @@ void BM_xdec_get_double(benchmark::State& state) {
 }
 BENCHMARK(BM_xdec_get_double)->Arg(kFew)->Arg(kMany);
 
-// ---- Text ----------------------------------------------------------------------------------------------------------------------
+// ---- Text -------------------------------------------------------------------------------------------------------------------
 
 void from_texts(benchmark::State& state, const std::vector<std::string>& source) {
     Decimals out(source.size());

@@ -1,5 +1,5 @@
-// The functions of one double, each beside its plain loop: over all rows where the computation is cheap and cannot fail, over the
-// rows that have a value, with the domain test, where it is a call of the C library.
+// The functions of one double, each beside its plain loop: over all rows where the computation is cheap and cannot fail, over
+// the rows that have a value, with the domain test, where it is a call of the C library.
 #include <cmath>
 #include <limits>
 

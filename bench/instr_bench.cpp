@@ -1,6 +1,6 @@
 // instr over rows of 8 to 40 and of 200 to 2,000 bytes, of ASCII and of UTF-8 with three characters of ten longer than a byte.
-// Floors: the rows copied once, and the first and the last byte of the pattern compared at sixteen places at once, without services,
-// character sets, positions or vectors.
+// Floors: the rows copied once, and the first and the last byte of the pattern compared at sixteen places at once, without
+// services, character sets, positions or vectors.
 #include <benchmark/benchmark.h>
 
 #include "bench/batch.h"

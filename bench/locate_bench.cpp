@@ -1,6 +1,6 @@
-// position, locate and find_in_set over rows of 8 to 40 and of 200 to 2,000 bytes, ASCII and with three characters of ten longer.
-// Floors: copying the rows once, and a search that compares the first and the last byte of the pattern at sixteen places at once,
-// without services, character sets, NULLs or characters to be counted.
+// position, locate and find_in_set over rows of 8 to 40 and of 200 to 2,000 bytes, ASCII and with three characters of ten
+// longer. Floors: copying the rows once, and a search that compares the first and the last byte of the pattern at sixteen
+// places at once, without services, character sets, NULLs or characters to be counted.
 #include <benchmark/benchmark.h>
 
 #include <string>
@@ -75,7 +75,7 @@ void each_batch(benchmark::State& state, const TextRows& rows, const Host& host,
     bench::report(state, n, rows.bytes() / n);
 }
 
-// ---- Floors -------------------------------------------------------------------------------------------------------------------
+// ---- Floors -----------------------------------------------------------------------------------------------------------------
 
 void BM_copy_rows(benchmark::State& state) {
     TextRows rows = rows_of(state);
@@ -107,7 +107,7 @@ void BM_loop_scan_ends(benchmark::State& state) {
 }
 #endif
 
-// ---- position and locate --------------------------------------------------------------------------------------------------------
+// ---- position and locate ----------------------------------------------------------------------------------------------------
 
 template <bool kCaseSensitive>
 void position(benchmark::State& state) {
@@ -171,7 +171,7 @@ void BM_blocate_def_aa_str(benchmark::State& state) {
     });
 }
 
-// ---- find_in_set ------------------------------------------------------------------------------------------------------------------
+// ---- find_in_set ------------------------------------------------------------------------------------------------------------
 
 constexpr uint32_t kElements = 20;
 

@@ -1,5 +1,5 @@
-// Numbers to text and back. Each service stands beside the floor of the same numbers in the same run: the C++ library's conversion
-// of doubles, and the plain decimal conversion where a format is at work.
+// Numbers to text and back. Each service stands beside the floor of the same numbers in the same run: the C++ library's
+// conversion of doubles, and the plain decimal conversion where a format is at work.
 //
 // An item is one number; 4096 of them, so that branches are not learnt by heart.
 #include <benchmark/benchmark.h>
@@ -20,7 +20,7 @@ namespace {
 
 constexpr size_t kNumbers = 4096;
 
-// ---- Doubles -----------------------------------------------------------------------------------------------------------------
+// ---- Doubles ----------------------------------------------------------------------------------------------------------------
 
 enum Doubles { kUniform, kTwoDecimals, kIntegers, kAnyBits };
 
@@ -111,7 +111,7 @@ BIFUN_BENCH_DOUBLES(BM_floor_to_chars);
 BIFUN_BENCH_DOUBLES(BM_utl_digit_from_char);
 BIFUN_BENCH_DOUBLES(BM_floor_from_chars);
 
-// ---- Formats -----------------------------------------------------------------------------------------------------------------
+// ---- Formats ----------------------------------------------------------------------------------------------------------------
 
 // Numbers of up to nine digits, two of them behind the point.
 std::vector<xdec> make_decimals() {

@@ -1,5 +1,5 @@
-// The search services over rows of 8 to 40 and of 200 to 2,000 bytes. Floor: the first and the last byte of the pattern compared at
-// sixteen places at once, without services, character sets or occurrences.
+// The search services over rows of 8 to 40 and of 200 to 2,000 bytes. Floor: the first and the last byte of the pattern
+// compared at sixteen places at once, without services, character sets or occurrences.
 #include <benchmark/benchmark.h>
 
 #include "bench/text_rows.h"

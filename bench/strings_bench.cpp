@@ -1,8 +1,8 @@
-// The functions of string_basics.h over rows of 8 to 40 and of 200 to 2,000 bytes, ASCII and with three characters of ten of several
-// bytes. The floor of those that make a string is the same rows stored once, each copied by itself, in the same run.
+// The functions of string_basics.h over rows of 8 to 40 and of 200 to 2,000 bytes, ASCII and with three characters of ten of
+// several bytes. The floor of those that make a string is the same rows stored once, each copied by itself, in the same run.
 //
-// Results are stored batch after batch in one vector that is reset in between, as a host reuses its result vectors. The reset and
-// that of the memory object, which long results come from, are part of what is measured.
+// Results are stored batch after batch in one vector that is reset in between, as a host reuses its result vectors. The reset
+// and that of the memory object, which long results come from, are part of what is measured.
 #include <cstring>
 #include <string_view>
 

@@ -71,7 +71,7 @@ void BM_nls(benchmark::State& state) {
     });
 }
 
-// ---- Floors: the C++ library's conversion into one run of bytes -----------------------------------------------------------------
+// ---- Floors: the C++ library's conversion into one run of bytes -------------------------------------------------------------
 
 template <class T, auto kMake>
 void BM_loop_to_chars(benchmark::State& state) {

@@ -1,7 +1,7 @@
 // to_datetime of five vectors, and of a few with constants.
 //
-// In range: years 1990 to 2030 and fields within their ranges. Carrying: months -6 to 18, days -20 to 60, hours -20 to 40, minutes
-// -100 to 200. The floor writes the five fields into records as they stand.
+// In range: years 1990 to 2030 and fields within their ranges. Carrying: months -6 to 18, days -20 to 60, hours -20 to 40,
+// minutes -100 to 200. The floor writes the five fields into records as they stand.
 #include "bench/batch.h"
 #include "qzbifun/date.h"
 

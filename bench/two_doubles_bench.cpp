@@ -1,4 +1,5 @@
-// The functions of two numbers, with two vectors and with a constant, each beside the plain loop over the rows that have a value.
+// The functions of two numbers, with two vectors and with a constant, each beside the plain loop over the rows that have a
+// value.
 #include <cmath>
 #include <limits>
 

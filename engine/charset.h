@@ -1,8 +1,8 @@
 /*
  * The character set of columns and results, and UTF-8.
  *
- * Strings of columns and results are in the character set of the host's parameter SERVER_CHARSET. Expressions, names, messages, and
- * what is written for people or as JSON are UTF-8.
+ * Strings of columns and results are in the character set of the host's parameter SERVER_CHARSET. Expressions, names, messages,
+ * and what is written for people or as JSON are UTF-8.
  */
 #ifndef QZENGINE_CHARSET_H
 #define QZENGINE_CHARSET_H

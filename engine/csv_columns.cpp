@@ -22,9 +22,10 @@
 namespace qzengine {
 namespace {
 
-// ---- Types -----------------------------------------------------------------------------------------------------------------------
+// ---- Types ------------------------------------------------------------------------------------------------------------------
 
-// What a field looks like. Numbers, and dates without a zone, stand from narrow to wide: a column takes the widest among its fields.
+// What a field looks like. Numbers, and dates without a zone, stand from narrow to wide: a column takes the widest among its
+// fields.
 enum class Kind { kNothing, kBigint, kDecimal, kDouble, kDate, kDatetime, kDatetimeTz, kString };
 
 constexpr bool is_number(Kind kind) { return kind >= Kind::kBigint && kind <= Kind::kDouble; }
@@ -101,7 +102,7 @@ ValueType type_of(Kind kind) {
     return ValueType::kString;
 }
 
-// ---- Values ----------------------------------------------------------------------------------------------------------------------
+// ---- Values -----------------------------------------------------------------------------------------------------------------
 
 // what: the field is or has it, and is therefore no value of its column.
 [[noreturn]] void fail_field(const CsvBatch& batch, uint32_t row, const Column& column, const CsvBatch::Field& field,

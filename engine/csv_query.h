@@ -1,9 +1,9 @@
 /*
  * Evaluates a query over a CSV file, from bytes to bytes.
  *
- * Batches are cut out of the input in order; each is read, evaluated and written by one of the threads with an environment of its
- * own, and its text goes out in order. So the output is the same whatever the number of threads, and of several failures the first
- * one in the file is reported. Memory is bounded by the batches at work: it does not grow with the file.
+ * Batches are cut out of the input in order; each is read, evaluated and written by one of the threads with an environment of
+ * its own, and its text goes out in order. So the output is the same whatever the number of threads, and of several failures
+ * the first one in the file is reported. Memory is bounded by the batches at work: it does not grow with the file.
  */
 #ifndef QZENGINE_CSV_QUERY_H
 #define QZENGINE_CSV_QUERY_H
@@ -26,8 +26,8 @@ using TypeOverride = std::pair<std::string, DeclaredType>;
 // A CSV file whose columns have types.
 class CsvTable {
   public:
-    // Reads the first batch, since its rows tell the types; overrides name columns in any case of letters. InputError, and UsageError
-    // for an override of a column that does not exist.
+    // Reads the first batch, since its rows tell the types; overrides name columns in any case of letters. InputError, and
+    // UsageError for an override of a column that does not exist.
     CsvTable(ByteSource source, const std::vector<TypeOverride>& overrides, CsvLimits limits = {});
 
     const std::vector<Column>& columns() const { return columns_; }

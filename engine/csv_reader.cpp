@@ -120,7 +120,7 @@ void CsvBytes::grow(size_t capacity, size_t size) {
     capacity_ = capacity;
 }
 
-// ---- The batch: its fields ---------------------------------------------------------------------------------------------------------
+// ---- The batch: its fields --------------------------------------------------------------------------------------------------
 
 void CsvBatch::find_separators() {
     has_quotes_ = false;
@@ -233,7 +233,7 @@ void CsvBatch::fail(const Fault& fault) const {
     throw InputError(fmt::format("line {}: {}", line_at(fault.begin), fault.message));
 }
 
-// ---- The reader: batches ---------------------------------------------------------------------------------------------------------
+// ---- The reader: batches ----------------------------------------------------------------------------------------------------
 
 CsvReader::CsvReader(ByteSource source, CsvLimits limits) : source_(std::move(source)), limits_(limits) { read_header(); }
 

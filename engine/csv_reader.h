@@ -2,13 +2,13 @@
  * Reads CSV files in batches of whole records.
  *
  * The format is that of RFC 4180: fields separated by commas, records ended by a line feed with or without a carriage return
- * before it, fields with a comma, a quote or a line end in double quotes, a quote inside them doubled. The first record names the
- * columns. A byte order mark in front is skipped; the last record may lack its end. Lines without anything are skipped, unless
- * the file has one column only: there an empty line is a NULL. A carriage return anywhere else is part of its field.
+ * before it, fields with a comma, a quote or a line end in double quotes, a quote inside them doubled. The first record names
+ * the columns. A byte order mark in front is skipped; the last record may lack its end. Lines without anything are skipped,
+ * unless the file has one column only: there an empty line is a NULL. A carriage return anywhere else is part of its field.
  *
  * A record with too few or too many fields, a quote inside an unquoted field, text behind a closing quote, a quoted field that
- * is not closed, and a record of more than kMaxRecordBytes are an InputError with the line; so is a name that is not of the character
- * set of columns. No byte of a character of these sets is a comma, a quote or a line end but the character itself.
+ * is not closed, and a record of more than kMaxRecordBytes are an InputError with the line; so is a name that is not of the
+ * character set of columns. No byte of a character of these sets is a comma, a quote or a line end but the character itself.
  */
 #ifndef QZENGINE_CSV_READER_H
 #define QZENGINE_CSV_READER_H
@@ -132,7 +132,8 @@ class CsvReader {
 
     const std::vector<std::string>& names() const { return names_; }  // as UTF-8
 
-    // Cuts the next batch out of the input, without a look at its fields: quick, and in the order of the file. False at the end.
+    // Cuts the next batch out of the input, without a look at its fields: quick, and in the order of the file. False at the
+    // end.
     bool next(CsvBatch& batch);
 
     // Finds the fields of a batch; any thread may do so. InputError for a malformed record.

@@ -1,8 +1,8 @@
 /*
  * Finds the commas, line feeds and quotes of CSV text, 64 bytes at a time.
  *
- * Each is a mask with bit i for byte i. The quotes' running parity tells which bytes stand inside a quoted field, so that a record
- * is found without a step for each byte.
+ * Each is a mask with bit i for byte i. The quotes' running parity tells which bytes stand inside a quoted field, so that a
+ * record is found without a step for each byte.
  */
 #ifndef QZENGINE_CSV_SCAN_H
 #define QZENGINE_CSV_SCAN_H

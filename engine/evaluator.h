@@ -1,8 +1,8 @@
 /*
  * Evaluates a plan, batch by batch.
  *
- * The caller begins a batch, fills the input vectors with its rows, runs it, and reads the results, which stand until the next one
- * begins.
+ * The caller begins a batch, fills the input vectors with its rows, runs it, and reads the results, which stand until the next
+ * one begins.
  * Vectors are made once and used for every batch. An evaluator belongs to one thread; several evaluate one plan at once.
  */
 #ifndef QZENGINE_EVALUATOR_H
@@ -33,8 +33,8 @@ class Evaluator {
     // The vector of plan.columns_read[i], to be filled: valid, values and all_valid; a NULL row holds zeros.
     bdta3_col* input(size_t i) const { return inputs_[i]; }
 
-    // Evaluates the first nrows rows of the input. Answers how many rows the condition left, which is how many logical rows each
-    // result has. EvaluationError names the failing row of the batch.
+    // Evaluates the first nrows rows of the input. Answers how many rows the condition left, which is how many logical rows
+    // each result has. EvaluationError names the failing row of the batch.
     uint32_t run(uint32_t nrows);
 
     // The vector of plan.outputs[i], to be read through its selection.

@@ -101,8 +101,8 @@ struct Selected {
     std::string name;  // behind AS, or the expression as written
 };
 
-// What is asked of a table: the columns to compute, and the condition of the rows to compute them for. Positions in an expression
-// count in the text that it stands in.
+// What is asked of a table: the columns to compute, and the condition of the rows to compute them for. Positions in an
+// expression count in the text that it stands in.
 struct Query {
     std::string select_text;
     std::vector<Selected> selected;

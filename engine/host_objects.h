@@ -34,8 +34,8 @@ class Environment {
     rt_memobj* memory() const { return memory_; }              // lives as long as the environment
     rt_memobj* batch_memory() const { return batch_memory_; }  // what calls of a batch take
 
-    // Gives back all that was taken from the batch's memory, and the LOBs out of row. std::bad_alloc when there is no new memory
-    // object to be had.
+    // Gives back all that was taken from the batch's memory, and the LOBs out of row. std::bad_alloc when there is no new
+    // memory object to be had.
     void begin_batch();
 
     // The error stack, oldest first; it is empty then.

@@ -1,8 +1,8 @@
 /*
  * Texts of intervals, both types.
  *
- * Written "1-2" for a year and two months, "3 04:05:06.789" for days and a time, with a minus in front where negative; the fraction
- * is as short as it can be. What the qualifier says of kind and precision does not show.
+ * Written "1-2" for a year and two months, "3 04:05:06.789" for days and a time, with a minus in front where negative; the
+ * fraction is as short as it can be. What the qualifier says of kind and precision does not show.
  */
 #ifndef QZENGINE_INTERVAL_TEXT_H
 #define QZENGINE_INTERVAL_TEXT_H

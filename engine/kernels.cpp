@@ -16,7 +16,7 @@
 namespace qzengine {
 namespace {
 
-// ---- Order of two values; unordered is neither ---------------------------------------------------------------------------------
+// ---- Order of two values; unordered is neither ------------------------------------------------------------------------------
 
 template <class T>
 bool holds(ComparisonOperator operation, T x, T y) {
@@ -64,7 +64,7 @@ bool holds(ComparisonOperator operation, const BinarySlot& x, const BinarySlot& 
     return holds(operation, x.bytes().compare(y.bytes()), 0);
 }
 
-// ---- The two kinds of operand --------------------------------------------------------------------------------------------------
+// ---- The two kinds of operand -----------------------------------------------------------------------------------------------
 
 template <class T>
 class VectorOperand {
@@ -134,7 +134,7 @@ void compare_values(ComparisonOperator operation, const Operand& left, const Ope
     }
 }
 
-// ---- Three-valued logic ----------------------------------------------------------------------------------------------------------
+// ---- Three-valued logic -----------------------------------------------------------------------------------------------------
 
 bool is_true(const bdta3_col* operand, uint32_t p) { return values_of<int32_t>(operand)[p] == 1; }
 

@@ -1,8 +1,8 @@
 /*
  * Steps that the engine computes itself: comparisons, three-valued logic, tests for NULL, signs.
  *
- * Operands are vectors, read through their selections; a comparison also takes a constant on one side, as its record. Results are
- * dense. A condition is an int: 1 true, 0 false, and a NULL row holds 0.
+ * Operands are vectors, read through their selections; a comparison also takes a constant on one side, as its record. Results
+ * are dense. A condition is an int: 1 true, 0 false, and a NULL row holds 0.
  */
 #ifndef QZENGINE_KERNELS_H
 #define QZENGINE_KERNELS_H
@@ -46,8 +46,8 @@ void make_condition(const bdta3_col* operand, bdta3_col* result, uint32_t nrows)
 // The value with its sign turned, for numeric types. EC_DATA_OVERFLOW for the lowest int and bigint, and *failed is the row.
 int32_t negate(ValueType type, const bdta3_col* operand, bdta3_col* result, uint32_t nrows, uint32_t* failed);
 
-// Each string as a char of so many characters, cut where it has more, the blanks behind it implied; with 0 characters as a varying
-// string with all its blanks written out. 0 or EC_OUT_OF_MEMORY.
+// Each string as a char of so many characters, cut where it has more, the blanks behind it implied; with 0 characters as a
+// varying string with all its blanks written out. 0 or EC_OUT_OF_MEMORY.
 int32_t make_char(qz_env* env, rt_memobj* rt_mem, uint32_t characters, const bdta3_col* operand, bdta3_col* result,
                   uint32_t nrows);
 

@@ -1,8 +1,8 @@
 /*
  * From text to expressions.
  *
- * The grammar stands in docs/engine.md. Every text is answered, with a tree or with a QueryError that names the byte at which it
- * went wrong; nesting deeper than kMaxNesting is such an error.
+ * The grammar stands in docs/engine.md. Every text is answered, with a tree or with a QueryError that names the byte at which
+ * it went wrong; nesting deeper than kMaxNesting is such an error.
  */
 #ifndef QZENGINE_PARSER_H
 #define QZENGINE_PARSER_H

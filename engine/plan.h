@@ -2,8 +2,8 @@
  * Plans: the steps by which a query is evaluated over batches of rows.
  *
  * A plan is a list of nodes. A node's arguments stand before it, so that evaluating the nodes in order is evaluating the query.
- * Each node but a constant yields a vector. The condition's nodes come first; the rows that it leaves become the selection of the
- * input columns before the nodes behind it are evaluated. A plan does not change once it is made: threads share it.
+ * Each node but a constant yields a vector. The condition's nodes come first; the rows that it leaves become the selection of
+ * the input columns before the nodes behind it are evaluated. A plan does not change once it is made: threads share it.
  */
 #ifndef QZENGINE_PLAN_H
 #define QZENGINE_PLAN_H
@@ -62,8 +62,8 @@ struct CharStep {
 // A constant in every row of a vector.
 struct SpreadStep {};
 
-// The argument's rows made one dense vector of its own, for a function that may write to it or looks at NULL rows, which hold zeros
-// then: what a vector held in an earlier batch must not decide.
+// The argument's rows made one dense vector of its own, for a function that may write to it or looks at NULL rows, which hold
+// zeros then: what a vector held in an earlier batch must not decide.
 struct CopyStep {};
 
 // A condition of which every row that is not true holds 0, NULL rows too.

@@ -231,7 +231,8 @@ class Planner {
         return {add_constant({ValueType::kBinary, std::move(value)}, text_of(expression))};
     }
 
-    // The narrowest of int, bigint and decimal that holds an integer; a decimal for digits with a point; a double for an exponent.
+    // The narrowest of int, bigint and decimal that holds an integer; a decimal for digits with a point; a double for an
+    // exponent.
     Planned plan_what(const Expression& expression, const NumberLiteral& literal) {
         Constant constant;
         int32_t code = 0;

@@ -55,7 +55,7 @@ Text text_in(qz_env* env, const ResultColumn& column, const bdta3_col* vector, u
     return {{slot.bytes, slot.len}, column.is_char ? 0 : slot.blank};
 }
 
-// ---- CSV -------------------------------------------------------------------------------------------------------------------------
+// ---- CSV --------------------------------------------------------------------------------------------------------------------
 
 void append_csv_text(TextBuffer& out, std::string_view text, uint32_t blank) {
     if (text.find_first_of(",\"\r\n") == std::string_view::npos && text.size() + blank > 0) {
@@ -119,7 +119,7 @@ class CsvWriter : public ResultWriter {
     std::vector<ResultColumn> columns_;
 };
 
-// ---- JSON ------------------------------------------------------------------------------------------------------------------------
+// ---- JSON -------------------------------------------------------------------------------------------------------------------
 
 void append_json_text(TextBuffer& out, std::string_view text, uint32_t blank) {
     out.append('"');
@@ -193,7 +193,7 @@ class JsonWriter : public ResultWriter {
     std::vector<std::string> keys_;  // what stands before each value
 };
 
-// ---- Table -----------------------------------------------------------------------------------------------------------------------
+// ---- Table ------------------------------------------------------------------------------------------------------------------
 
 // Text in UTF-8 without what would move a terminal's cursor.
 std::string printable(std::string_view text) {

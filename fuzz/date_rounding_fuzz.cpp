@@ -1,4 +1,5 @@
-// round and trunc of texts, by the unit or scale in the first byte. What comes out is a text that the same call leaves as it is.
+// round and trunc of texts, by the unit or scale in the first byte. What comes out is a text that the same call leaves as it
+// is.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

@@ -1,5 +1,5 @@
-// Expressions of any bytes: a tree whose places lie in the text, or an error that does. What parses is planned too, over columns of
-// every type.
+// Expressions of any bytes: a tree whose places lie in the text, or an error that does. What parses is planned too, over
+// columns of every type.
 #include <vector>
 
 #include "engine/catalog/catalog.h"

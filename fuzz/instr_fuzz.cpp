@@ -1,8 +1,8 @@
-// Every form of instr and instrb over any bytes, in any character set, with and without case: nothing is read or written outside the
-// values, memory is given back, and what is found stands where it was found.
+// Every form of instr and instrb over any bytes, in any character set, with and without case: nothing is read or written
+// outside the values, memory is given back, and what is found stands where it was found.
 //
-// Bytes: character set and switches; the pattern's bytes; its blanks; the text's blanks; start and occurrence, two bytes each. Then the
-// pattern and the text, each in a block of exactly its size.
+// Bytes: character set and switches; the pattern's bytes; its blanks; the text's blanks; start and occurrence, two bytes each.
+// Then the pattern and the text, each in a block of exactly its size.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

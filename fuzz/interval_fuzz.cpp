@@ -1,4 +1,5 @@
-// Text to interval and back, for the qualifier in the first two bytes. What was read as days and time is written, and reads back.
+// Text to interval and back, for the qualifier in the first two bytes. What was read as days and time is written, and reads
+// back.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

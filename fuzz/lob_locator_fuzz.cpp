@@ -1,8 +1,8 @@
-// The LOB services, and the functions that read LOBs whole, over bytes that nobody made a locator of: a code or data from inside,
-// never a read outside.
+// The LOB services, and the functions that read LOBs whole, over bytes that nobody made a locator of: a code or data from
+// inside, never a read outside.
 //
-// The first bytes choose what is asked; the rest stands for the locator, in a block of exactly its size. Where it knows a value's
-// check word is written in, so that the store is reached.
+// The first bytes choose what is asked; the rest stands for the locator, in a block of exactly its size. Where it knows a
+// value's check word is written in, so that the store is reached.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

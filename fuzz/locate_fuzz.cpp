@@ -1,7 +1,7 @@
 // position, locate and find_in_set against walks over every character, on any bytes in any character set.
 //
-// First byte: the character set, whether case counts, blanks of the pattern and of the text. Second: the start. Third: the bytes of
-// the pattern. Then the pattern and the text, each in a block of exactly its size.
+// First byte: the character set, whether case counts, blanks of the pattern and of the text. Second: the start. Third: the
+// bytes of the pattern. Then the pattern and the text, each in a block of exactly its size.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

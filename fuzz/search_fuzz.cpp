@@ -1,7 +1,7 @@
 // The search services against a search that compares every place, over any bytes in any character set.
 //
-// First byte: the character set. Second: the bytes of the pattern. Third: the occurrence. Then the pattern and the text, each in a
-// block of exactly its size.
+// First byte: the character set. Second: the bytes of the pattern. Third: the occurrence. Then the pattern and the text, each
+// in a block of exactly its size.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>

@@ -1,7 +1,8 @@
 // Dates moved by days, weeks, months and intervals, to the next weekday and to the month's end.
 //
-// Each function hands one amount to one service of the calendar, which holds the rules of month ends and the range. What a constant's
-// has_value says plays no part, and a result is built in its row, whose valid byte stays as combined from the arguments.
+// Each function hands one amount to one service of the calendar, which holds the rules of month ends and the range. What a
+// constant's has_value says plays no part, and a result is built in its row, whose valid byte stays as combined from the
+// arguments.
 //
 // The weeks of add_weeks are multiplied in 32 bits and wrap around unnoticed.
 #include "qzbifun/date_arithmetic.h"

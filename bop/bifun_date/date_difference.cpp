@@ -1,9 +1,9 @@
 // Distances between two dates: days, weeks, months, years, and completed units of any part.
 //
-// The functions count in different ways on purpose. days_between, weeks_between, months_between and years_between are first minus
-// second; datediff and bigdatediff count from first to second, so that their signs are the other way round. weeks_between and the
-// week of bigdatediff count Sundays; a month of months_between has 31 days whatever the month; years_between looks at nothing but the
-// year.
+// The functions count in different ways on purpose. days_between, weeks_between, months_between and years_between are first
+// minus second; datediff and bigdatediff count from first to second, so that their signs are the other way round. weeks_between
+// and the week of bigdatediff count Sundays; a month of months_between has 31 days whatever the month; years_between looks at
+// nothing but the year.
 #include "qzbifun/date_difference.h"
 
 #include <type_traits>
@@ -19,8 +19,8 @@ constexpr Rules kRules{.constants = ConstantNull::kIgnored, .store = Store::kKee
 
 // ---- Days, weeks, months, years ---------------------------------------------------------------------------------------------
 
-// Sundays between two dates: Saturday and the next Sunday are a week apart, Sunday and the next Saturday are not. The days are counted
-// before a date in the gap is adjusted, the weekdays afterwards.
+// Sundays between two dates: Saturday and the next Sunday are a week apart, Sunday and the next Saturday are not. The days are
+// counted before a date in the gap is adjusted, the weekdays afterwards.
 int32_t weeks_between(const qztime& first, const qztime& second) {
     const int32_t days = qztime_diff_day_without_glgl_adjust(&first, &second);  // within 24 million
     if (days == 0) return 0;

@@ -1,8 +1,8 @@
 // Parts of date-time values, intervals and texts.
 //
-// EXTRACT looks at its part code in the rows alone: a code that the value does not have fails at the first row that is not NULL, and
-// never when there is none. The seconds are a part of their own family, a double with the fraction. Names are English whatever the
-// session's language.
+// EXTRACT looks at its part code in the rows alone: a code that the value does not have fails at the first row that is not
+// NULL, and never when there is none. The seconds are a part of their own family, a double with the fraction. Names are English
+// whatever the session's language.
 #include "qzbifun/date_extract.h"
 
 #include <cstring>

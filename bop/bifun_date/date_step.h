@@ -8,8 +8,8 @@
 
 namespace bifun {
 
-// Computes out from value, which may be the same record. Code is that of the calendar for a result outside it, and out is as it was
-// then.
+// Computes out from value, which may be the same record. Code is that of the calendar for a result outside it, and out is as it
+// was then.
 using DateStep = Code(const qztime& value, qztime& out);
 
 // A step as a value, so that a choice among steps stands outside a loop and each is still inlined into it.

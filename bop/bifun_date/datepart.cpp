@@ -1,7 +1,7 @@
 // datepart: one part of a date by its keyword or its code.
 //
-// The two forms judge differently. By keyword a row fails only when there is no such part. By code it fails whenever the part is -1,
-// which the year before year 0 is too.
+// The two forms judge differently. By keyword a row fails only when there is no such part. By code it fails whenever the part
+// is -1, which the year before year 0 is too.
 #include "bop/bifun_date/date_words.h"
 #include "bop/frame/export.h"
 #include "qzbifun/date_parts.h"

@@ -1,8 +1,8 @@
 // OVERLAPS of two periods.
 //
-// Two whole periods are closed at both ends, so that they overlap where they touch. Where a point is missing the rule is another and
-// not symmetrical in a period's points: a first point that is left stands for an instant, a second one for a period of which the
-// missing first point is the end, whatever its slot holds. That slot is read, and nothing else is made of it.
+// Two whole periods are closed at both ends, so that they overlap where they touch. Where a point is missing the rule is
+// another and not symmetrical in a period's points: a first point that is left stands for an instant, a second one for a period
+// of which the missing first point is the end, whatever its slot holds. That slot is read, and nothing else is made of it.
 #include "qzbifun/overlaps.h"
 
 #include <cstring>
@@ -48,7 +48,7 @@ bool overlap(const Period& p, const Period& q) {
     return order < 0 && is_before(q.base, p.second);
 }
 
-// ---- Whole periods: the common case, in one zone without a branch on the order of the points ------------------------------------
+// ---- Whole periods: the common case, in one zone without a branch on the order of the points --------------------------------
 
 // Zone and fraction of a record.
 uint64_t zone_and_fraction(const qztime& value) {

@@ -11,7 +11,8 @@
 //   hour         from 30 minutes and 30 seconds on up: 10:30:29 gives 10:00
 //   minute       from 30 seconds on up
 //
-// The time of day plays no part but where it is named. The units from a month on set the zone to TZ_NONE, the smaller ones keep it.
+// The time of day plays no part but where it is named. The units from a month on set the zone to TZ_NONE, the smaller ones keep
+// it.
 #pragma once
 
 #include "bop/bifun_date/date_step.h"
@@ -23,8 +24,8 @@ namespace bifun {
 inline constexpr int32_t kNoon = 12;
 inline constexpr int32_t kMiddleDay = 16;  // of a month: the first day that goes up
 
-// By the ends of the months alone: 1582-10-04 goes to 1582-10-05. Whether a value goes up is no branch, here and below, since it
-// could not be foreseen.
+// By the ends of the months alone: 1582-10-04 goes to 1582-10-05. Whether a value goes up is no branch, here and below, since
+// it could not be foreseen.
 inline Code round_to_day(const qztime& value, qztime& out) {
     const int32_t up = value.hour >= kNoon;
     int32_t year = value.year, month = value.month, day = value.day + up;
@@ -67,8 +68,8 @@ inline Code round_to_month(const qztime& value, qztime& out) {
     return round_to_first(value.year, value.month + (value.day >= kMiddleDay), out);
 }
 
-// The value up to 7 days later or earlier, at midnight. By the ends of months, without a branch on whether the day leaves its month,
-// which could not be foreseen; the calendar is asked at its two ends and in the year that lost ten days.
+// The value up to 7 days later or earlier, at midnight. By the ends of months, without a branch on whether the day leaves its
+// month, which could not be foreseen; the calendar is asked at its two ends and in the year that lost ten days.
 inline Code midnight_near(const qztime& value, int32_t days, qztime& out) {
     int32_t year = value.year, month = value.month;
     if (year == 1582 || year <= HOST_YEAR_MIN || year >= HOST_YEAR_MAX) {

@@ -1,7 +1,7 @@
 // round and trunc of text that holds a datetime or a number.
 //
-// The constant chooses for all rows: an element of round and trunc makes the texts datetimes, an integer makes them numbers. A number
-// of 2147483647 decimal places or more is written as 0; it is meant so.
+// The constant chooses for all rows: an element of round and trunc makes the texts datetimes, an integer makes them numbers. A
+// number of 2147483647 decimal places or more is written as 0; it is meant so.
 #include <cstring>
 #include <limits>
 

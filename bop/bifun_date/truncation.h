@@ -1,7 +1,7 @@
 // trunc of a date to each unit.
 //
-// The units from a month on set the zone to 0, the smaller ones keep it. The weeks of 1582 count from 1582-10-15 on, from that day to
-// the end of the year, those of a month too: 1582-11-20 to the week of the month gives a Friday.
+// The units from a month on set the zone to 0, the smaller ones keep it. The weeks of 1582 count from 1582-10-15 on, from that
+// day to the end of the year, those of a month too: 1582-11-20 to the week of the month gives a Friday.
 #pragma once
 
 #include "bop/bifun_date/date_step.h"
@@ -10,8 +10,8 @@
 
 namespace bifun {
 
-// The value so many days earlier, at midnight. The calendar is asked where the day leaves its month, and in the year that lost ten
-// days.
+// The value so many days earlier, at midnight. The calendar is asked where the day leaves its month, and in the year that lost
+// ten days.
 inline Code midnight_before(const qztime& value, int32_t days, qztime& out) {
     const int32_t year = value.year, day = value.day - days;
     if (day >= 1 && year != 1582 && year >= HOST_YEAR_MIN && year <= HOST_YEAR_MAX) {

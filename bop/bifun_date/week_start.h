@@ -1,7 +1,7 @@
 // The weekday on which weeks begin, around the calendar change of October 1582.
 //
-// The weeks of a year begin on the weekday of its January 1. Those of 1582 from October 2 on begin on Fridays, as 1582-10-15 was one.
-// That test starts thirteen days before the new calendar does, and is meant to.
+// The weeks of a year begin on the weekday of its January 1. Those of 1582 from October 2 on begin on Fridays, as 1582-10-15
+// was one. That test starts thirteen days before the new calendar does, and is meant to.
 #pragma once
 
 #include <cstdint>

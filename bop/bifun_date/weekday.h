@@ -23,8 +23,8 @@ inline int32_t weekday_of(const qztime& value, FirstDay first = FirstDay::kSunda
     return weekday_of_number(host_day_number_adjusted(&value), first);
 }
 
-// Moves a date in the gap to 1582-10-15 where it stands, in a row of the caller's vector or in a constant: who asks for the weekday
-// of such a date finds it adjusted afterwards.
+// Moves a date in the gap to 1582-10-15 where it stands, in a row of the caller's vector or in a constant: who asks for the
+// weekday of such a date finds it adjusted afterwards.
 inline const qztime& adjusted_in_place(const qztime& value) {
     qztime_glgl_adjust(&const_cast<qztime&>(value));
     return value;

@@ -1,8 +1,9 @@
-// The functions of one double: abs, acos, asin, atan, ceil, cos, cosh, cot, degrees, exp, floor, ln, log10, radians, rand, sign,
-// sin, sinh, sqrt, tan, tanh.
+// The functions of one double: abs, acos, asin, atan, ceil, cos, cosh, cot, degrees, exp, floor, ln, log10, radians, rand,
+// sign, sin, sinh, sqrt, tan, tanh.
 //
 // Every domain test is written so that an unordered comparison is false: a NaN passes it and goes on to the computation. A row
-// outside its function's domain, or whose result overflows, holds 0.0 when the call returns; only sinh leaves the row as it was.
+// outside its function's domain, or whose result overflows, holds 0.0 when the call returns; only sinh leaves the row as it
+// was.
 #include <cmath>
 #include <cstdint>
 #include <limits>

@@ -1,7 +1,7 @@
 // greatest(x, y) and least(x, y) of doubles, bigints and decimals.
 //
-// Doubles: every comparison with a NaN is false, so an unordered pair gives y. Of equal values y's bytes are stored, which shows
-// for 0.0 and -0.0 and for decimals of different scale.
+// Doubles: every comparison with a NaN is false, so an unordered pair gives y. Of equal values y's bytes are stored, which
+// shows for 0.0 and -0.0 and for decimals of different scale.
 #include "bop/frame/export.h"
 #include "qzbifun/math.h"
 #include "qzhost/decimal.h"

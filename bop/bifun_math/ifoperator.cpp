@@ -3,8 +3,8 @@
 // A condition row is true when its element is 1: its valid byte is never read, so a NULL condition is decided by what stands in
 // its row. A constant condition is true when its has_value word is 1, and its value is not read.
 //
-// The forms with a vector to choose from fill the result with it and replace the rows that take the other argument. all_valid is
-// that of the copied vector, or what the caller stored, and is only ever lowered.
+// The forms with a vector to choose from fill the result with it and replace the rows that take the other argument. all_valid
+// is that of the copied vector, or what the caller stored, and is only ever lowered.
 #include <cstring>
 
 #include "bop/bifun_math/replace_rows.h"
@@ -76,8 +76,8 @@ struct IfFixed {
 // ---- Strings --------------------------------------------------------------------------------------------------------------
 
 struct IfString {
-    // Gives back the text of a row that was copied, where it is a block of its own. The slot is empty then, should the row's new
-    // text fail to be stored.
+    // Gives back the text of a row that was copied, where it is a block of its own. The slot is empty then, should the row's
+    // new text fail to be stored.
     static void release_text(const Call& call, bdta3_col* result, uint32_t i) {
         if (result->data->valid[i] != 1) return;
         bdta3_colstr& slot = static_cast<bdta3_colstr*>(result->data->values)[i];

@@ -1,7 +1,7 @@
 // Text of a bigint.
 //
-// Numbers are short mostly, of any length and either sign, so that a branch for each digit is guessed wrong once a number. Where
-// vector registers can do it, sixteen digits are made at once and shifted to the front.
+// Numbers are short mostly, of any length and either sign, so that a branch for each digit is guessed wrong once a number.
+// Where vector registers can do it, sixteen digits are made at once and shifted to the front.
 #pragma once
 
 #include <bit>

@@ -27,8 +27,8 @@ bool has_fma() { return __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_sup
 
 constexpr double kRounding = 0x1.8p52;  // x + kRounding - kRounding is x rounded to a whole number, which lies in the low bits
 
-// x mod y, neither below 0, where the quotient is below 2^53: the quotient cut to a whole number is right or one too much, and the
-// remainder of either is exact. By 0 it is x. Anything else - NaN, infinities, wider quotients - is not covered.
+// x mod y, neither below 0, where the quotient is below 2^53: the quotient cut to a whole number is right or one too much, and
+// the remainder of either is exact. By 0 it is x. Anything else - NaN, infinities, wider quotients - is not covered.
 BIFUN_FMA_INLINE double narrow_mod(double x, double y) {
     const double quotient = std::trunc(x / y);
     const double rest = __builtin_fma(-quotient, y, x);

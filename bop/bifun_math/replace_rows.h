@@ -1,7 +1,7 @@
 // Rows of a result that take another value than the one the batch was filled with: what nvl and the conditional operator share.
 //
-// A row is chosen by a test on an argument: is_chosen(access, i). It takes value and valid byte of another argument, whether that
-// has a value or not.
+// A row is chosen by a test on an argument: is_chosen(access, i). It takes value and valid byte of another argument, whether
+// that has a value or not.
 #pragma once
 
 #include <algorithm>
@@ -80,8 +80,8 @@ bool replace_row_by_row(const frame::Output& out, uint32_t nrows, const IsChosen
     return some_null;
 }
 
-// Replaces the rows of the result that is_chosen chooses by the argument tested, read as type TestedAs, by those of other. Answers
-// whether a row became NULL.
+// Replaces the rows of the result that is_chosen chooses by the argument tested, read as type TestedAs, by those of other.
+// Answers whether a row became NULL.
 template <class T, class TestedAs, class IsChosen, class Slot>
 bool replace_rows(bdta3_col* result, uint32_t nrows, const IsChosen& is_chosen, bdta3_col* tested, Slot* other) {
     if (nrows == 0) return false;

@@ -18,8 +18,8 @@ inline constexpr int32_t kMostPlaces = 40;
 // The largest power of ten that a double holds.
 inline constexpr int32_t kGreatestPower = 308;
 
-// 10 to the power n, 0 to kGreatestPower, as the C library's pow has it. That is part of every result, and not always the nearest
-// double.
+// 10 to the power n, 0 to kGreatestPower, as the C library's pow has it. That is part of every result, and not always the
+// nearest double.
 double power_of_ten(int32_t n);
 
 // What becomes of a value at a place.

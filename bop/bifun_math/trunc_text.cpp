@@ -28,8 +28,8 @@ struct Cut {
         end[len] = '\0';
     }
 
-    // Cuts at n places behind the point, or in front of it where n is not above 0. length: bytes that count, first: index of the
-    // first byte behind a sign. Answers false where nothing of the number is left.
+    // Cuts at n places behind the point, or in front of it where n is not above 0. length: bytes that count, first: index of
+    // the first byte behind a sign. Answers false where nothing of the number is left.
     bool at(int64_t point, int64_t n, int64_t length, int64_t first) {
         if (n > 0) {
             if (point + 1 + n < length) bytes[point + 1 + n] = '\0';

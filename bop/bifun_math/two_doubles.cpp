@@ -92,8 +92,8 @@ struct ModInt64 {
     static void block(int64_t* out, uint32_t n, const int64_t* x, const int64_t* y) { mod_values(out, n, x, y); }
 };
 
-// The remainder to the nearest quotient, halves to the even one; a remainder of zero takes the sign of x. y is not tested. Without a
-// branch: a quotient that is infinite or NaN has a NaN as its fraction, which no comparison holds of.
+// The remainder to the nearest quotient, halves to the even one; a remainder of zero takes the sign of x. y is not tested.
+// Without a branch: a quotient that is infinite or NaN has a NaN as its fraction, which no comparison holds of.
 double remainder_of(double x, double y) {
     const double quotient = x / y;
     const double whole = std::trunc(quotient);

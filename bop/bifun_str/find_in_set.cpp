@@ -33,8 +33,8 @@ uint64_t first_bytes(const Text& text) {
     return word;
 }
 
-// The elements of a list, where they stand in it, chained by a hash of length and first bytes: a text meets hardly an element but
-// those that it may be.
+// The elements of a list, where they stand in it, chained by a hash of length and first bytes: a text meets hardly an element
+// but those that it may be.
 class ElementList {
   public:
     explicit ElementList(qz_env* env) : env_(env) {}

@@ -9,17 +9,19 @@
 //
 // Behaviour that looks odd and is meant:
 //
-//   - An empty text is NULL without a start, and 0 with one; with start and occurrence 1 it is NULL again. has_value of a constant
-//     is not read: a NULL start is the number that the record holds.
+//   - An empty text is NULL without a start, and 0 with one; with start and occurrence 1 it is NULL again. has_value of a
+//     constant is not read: a NULL start is the number that the record holds.
 //   - Without a start the case is folded to upper, with one to lower. Where that ends in different letters, so do the hits.
-//   - instr with a start above 0 folds its pattern in the caller's record before it copies it; instrb folds texts in the caller's
-//     vector when the pattern is of blanks.
+//   - instr with a start above 0 folds its pattern in the caller's record before it copies it; instrb folds texts in the
+//     caller's vector when the pattern is of blanks.
 //   - instrb without a start prepares the pattern as it stands and then searches for the folded one.
 //   - With folding, and backwards, the pattern is written out, and implied blanks of a text are not seen from a start above 0:
 //     instr('ab' and a blank, 'b' and a blank, 2) is 2, and 0 when case is not heeded.
-//   - A constant text of blanks alone is written out, so that stored blanks of a pattern are found in it; those of a column are not.
-//   - All vectors: a row whose text and pattern equal those of the last row computed, up to trailing blanks, takes its value and
-//     valid byte over. So 'ab' takes over what was found in 'ab' with blanks, and a text of blanks that an empty one was NULL.
+//   - A constant text of blanks alone is written out, so that stored blanks of a pattern are found in it; those of a column are
+//     not.
+//   - All vectors: a row whose text and pattern equal those of the last row computed, up to trailing blanks, takes its value
+//     and valid byte over. So 'ab' takes over what was found in 'ab' with blanks, and a text of blanks that an empty one was
+//     NULL.
 #include <cstdint>
 #include <cstring>
 
@@ -65,7 +67,7 @@ Code copy(const Call& call, bdta3_scalar* constant, LocalString& local) {
     return Code{local.copy(call.env, call.rt_mem, reinterpret_cast<const nstr&>(*constant))};
 }
 
-// ---- Without a start, a constant pattern -----------------------------------------------------------------------------------------
+// ---- Without a start, a constant pattern ------------------------------------------------------------------------------------
 
 template <class Unit>
 struct FirstOfConstant {
@@ -130,7 +132,7 @@ struct FirstOfConstant {
     LocalString local_;
 };
 
-// ---- Without a start, a pattern of each row --------------------------------------------------------------------------------------
+// ---- Without a start, a pattern of each row ---------------------------------------------------------------------------------
 
 // What is searched for in one row.
 class RowPattern {
@@ -332,7 +334,7 @@ struct FirstInLob {
     Scratch<char, 0> block_;
 };
 
-// ---- With a start ----------------------------------------------------------------------------------------------------------------
+// ---- With a start -----------------------------------------------------------------------------------------------------------
 
 // There is no position 0, and nothing is found from there.
 struct FromNowhere {

@@ -1,8 +1,9 @@
 // One search in texts that stand written out, for functions that look for a pattern themselves.
 //
-// Behaviour that looks odd and is meant: the first place of a search backwards is found among the bytes of the reversed text by the
-// number that the character has in the text as it was. On multibyte text the two are not the same: 'a\u00e9\u00e9a\u00e9\u00e9\u00e9a'
-// has '\u00e9' from its eighth character from the right leftwards nowhere, and is told to have it at 2.
+// Behaviour that looks odd and is meant: the first place of a search backwards is found among the bytes of the reversed text by
+// the number that the character has in the text as it was. On multibyte text the two are not the same:
+// 'a\u00e9\u00e9a\u00e9\u00e9\u00e9a' has '\u00e9' from its eighth character from the right leftwards nowhere, and is told to
+// have it at 2.
 #include <algorithm>
 #include <cstdint>
 

@@ -1,23 +1,25 @@
 // Scans from a start. Behaviour that looks odd and is meant:
 //
-//   - The plain and the all-blank scan take the start as a signed 16-bit number: 65538 is 2, and 40000 is -25536, which passes no
-//     character and is still added to what is found, instr('abc', 'c', 40000) being -25534.
-//   - Where an occurrence of a pattern of blanks is not stored, it is counted from the blanks that end the stored text: what stands
+//   - The plain and the all-blank scan take the start as a signed 16-bit number: 65538 is 2, and 40000 is -25536, which passes
+//     no character and is still added to what is found, instr('abc', 'c', 40000) being -25534.
+//   - Where an occurrence of a pattern of blanks is not stored, it is counted from the blanks that end the stored text: what
+//     stands
 //     further in front counts for nothing. Two blanks stand in 'ab  c ' with two implied ones at 3, 6 and 7, the second time at 7.
-//   - instrb takes a start inside the last character, but at its last byte, as it stands, and counts the bytes from there on for
-//     blanks: two blanks are found in '\u00e9\u4e2d' from byte 4 on at 4.
-//   - The scan for a pattern with blanks takes the start, a number of characters, for the byte at which the search begins, until
+//   - instrb takes a start inside the last character, but at its last byte, as it stands, and counts the bytes from there on
+//     for blanks: two blanks are found in '\u00e9\u4e2d' from byte 4 on at 4.
+//   - The scan for a pattern with blanks takes the start, a number of characters, for the byte at which the search begins,
+//     until
 //     the first hit is behind it. The two differ behind multibyte characters: 'b' and 2 blanks is not found in '\u00e9b  ' from the
 //     second character on, since byte 2 begins none, and in '\u00e9\u00e9b  ' from the third on at 2. Bytes behind the stored text
 //     are no blanks to that scan.
-//   - A hit too near the end of the stored text for its blanks ends that scan, though the next may end the text: 'b' and 2 blanks is
-//     not found in 'abb' with 2 implied ones from 2 on.
+//   - A hit too near the end of the stored text for its blanks ends that scan, though the next may end the text: 'b' and 2
+//     blanks is not found in 'abb' with 2 implied ones from 2 on.
 //   - After a hit with n blanks, that scan goes on at character n + 1 at the earliest: a stored blank and 3 implied ones stand
 //     twice in five stored blanks, and are found once.
-//   - instrb searches the stored part of a pattern with blanks, of up to 31 bytes, for the occurrence asked for, and counts those
-//     hits besides: the second 'b' with a blank in 'b b b b ' is the fourth 'b', since each step is two long.
-//   - Backwards, a multibyte pattern is not searched for in a text that has as many characters, implied blanks included, as stored
-//     bytes: '\u00e9' with one implied blank has two of each, and '\u00e9' is not found in it from the end.
+//   - instrb searches the stored part of a pattern with blanks, of up to 31 bytes, for the occurrence asked for, and counts
+//     those hits besides: the second 'b' with a blank in 'b b b b ' is the fourth 'b', since each step is two long.
+//   - Backwards, a multibyte pattern is not searched for in a text that has as many characters, implied blanks included, as
+//     stored bytes: '\u00e9' with one implied blank has two of each, and '\u00e9' is not found in it from the end.
 #include "bop/bifun_str/instr_scan.h"
 
 #include <algorithm>
@@ -31,7 +33,7 @@
 namespace bifun {
 namespace {
 
-// ---- A pattern without blanks ------------------------------------------------------------------------------------------------
+// ---- A pattern without blanks -----------------------------------------------------------------------------------------------
 
 // The length of the character at the start of text by its lead byte, which GB18030 needs the second byte for.
 uint32_t length_by_lead(const char* text, uint32_t len) {
@@ -91,15 +93,15 @@ int32_t instrb_scan_plain(const InstrTask& task, const Text& text) {
     return place == 0 ? 0 : static_cast<int32_t>(skipped + place);
 }
 
-// ---- A pattern of blanks -------------------------------------------------------------------------------------------------------
+// ---- A pattern of blanks ----------------------------------------------------------------------------------------------------
 
 // The position when the text implies so many blanks.
 int32_t when_implied(const Text& text, int64_t blanks, int64_t position) {
     return text.blank >= blanks ? static_cast<int32_t>(position) : 0;
 }
 
-// The blanks are not all stored: they begin with those that end the rest, and run over into the implied ones, one further for each
-// occurrence.
+// The blanks are not all stored: they begin with those that end the rest, and run over into the implied ones, one further for
+// each occurrence.
 int32_t blanks_behind_stored_text(const InstrTask& task, const Text& text, const Rest& rest, int64_t stored_length) {
     const int64_t blanks = task.ctx->pattern_bytes;
     if (task.occurrence == 1) return when_implied(text, blanks, stored_length + 1);
@@ -147,7 +149,7 @@ int32_t instrb_scan_all_blank(const InstrTask& task, const Text& text) {
     return blanks_behind_stored_text(task, text, rest, text.len);
 }
 
-// ---- A pattern with blanks behind its stored part ------------------------------------------------------------------------------
+// ---- A pattern with blanks behind its stored part ---------------------------------------------------------------------------
 
 // Up to so many bytes, the positions of a text's characters stand in the frame.
 using CharPositions = Scratch<int32_t, kShortEntries - 1>;
@@ -226,7 +228,7 @@ Code instr_scan_with_blank(const Call& call, const InstrTask& task, const Text& 
     return kOk;
 }
 
-// ---- Backwards -----------------------------------------------------------------------------------------------------------------
+// ---- Backwards --------------------------------------------------------------------------------------------------------------
 
 // A text written out and turned round, with where its characters begin.
 class Reversed {
@@ -250,8 +252,8 @@ class Reversed {
     uint32_t characters() const { return characters_; }
 
   private:
-    // How a text that cannot be written out is reported differs from row to row: instr logs it, and says of a text to be folded that
-    // it is too long.
+    // How a text that cannot be written out is reported differs from row to row: instr logs it, and says of a text to be folded
+    // that it is too long.
     template <class Unit>
     static Code report(Code code, bool fold) {
         if (Unit::kBytes) return code;

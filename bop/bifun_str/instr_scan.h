@@ -1,7 +1,7 @@
 // The rows of instr and instrb with a start: three scans forwards, by the shape of the pattern, and one backwards.
 //
-// A scan answers a position of the text, or 0, in a parameter, and a code: EC_OUT_OF_MEMORY, or EC_STRING_TOO_LONG for a text with
-// malformed characters that have to be passed. Nothing is pushed, and the position is not defined after a failure.
+// A scan answers a position of the text, or 0, in a parameter, and a code: EC_OUT_OF_MEMORY, or EC_STRING_TOO_LONG for a text
+// with malformed characters that have to be passed. Nothing is pushed, and the position is not defined after a failure.
 #pragma once
 
 #include <cstdint>

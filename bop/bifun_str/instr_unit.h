@@ -26,7 +26,8 @@ inline uint32_t ascii_bytes(const char* text, uint32_t len) {
     return i;
 }
 
-// Texts of 16 to 48 bytes are looked at as words that overlap: the same steps for every length, so that no branch depends on it.
+// Texts of 16 to 48 bytes are looked at as words that overlap: the same steps for every length, so that no branch depends on
+// it.
 inline bool is_short(const Text& text) { return text.len - 16 <= 32; }
 
 inline bool is_short_ascii(const Text& text) {

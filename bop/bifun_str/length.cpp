@@ -1,8 +1,8 @@
 // Lengths of strings, and of LOBs by their locator.
 //
-// What is empty differs from one to the next, and with it the rows that come out NULL: for length a string without stored bytes,
-// though it have blanks, for lengthb and length_space one without either; bitlength of it is 0. The compatibility modes in which an
-// empty string has the length 0 differ too.
+// What is empty differs from one to the next, and with it the rows that come out NULL: for length a string without stored
+// bytes, though it have blanks, for lengthb and length_space one without either; bitlength of it is 0. The compatibility modes
+// in which an empty string has the length 0 differ too.
 #include <cstring>
 #include <initializer_list>
 
@@ -93,7 +93,8 @@ struct LengthInCharacters {
     }
 };
 
-// NULL rows are none of the frame's business, but in one mode, which is the parameter's and not the switch's, they have a length.
+// NULL rows are none of the frame's business, but in one mode, which is the parameter's and not the switch's, they have a
+// length.
 struct LengthOfNullToo {
     static constexpr uint32_t kMode = 5;
 

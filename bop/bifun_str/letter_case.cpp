@@ -30,7 +30,8 @@ struct FoldRow {
     static Code row(Row out, const Text& text) { return put_changed<kFold>(out, text); }
 };
 
-// The store's code is not the call's. There is no text to fold then, and what the row's slot holds is not this row's: it is NULL.
+// The store's code is not the call's. There is no text to fold then, and what the row's slot holds is not this row's: it is
+// NULL.
 struct NlsUpperRow {
     static constexpr Rules rules{.flag = FlagStore::kBeforeRows};
     static Code row(Row out, const Text& text) {
@@ -134,8 +135,8 @@ void raise_characters(char* at, const char* end, bool in_word) {
     }
 }
 
-// Raises the first letters of lower-case text. Eight bytes at a time as long as it is ASCII; what is left of the last eight is done
-// with bytes that were done before, which stay as they are.
+// Raises the first letters of lower-case text. Eight bytes at a time as long as it is ASCII; what is left of the last eight is
+// done with bytes that were done before, which stay as they are.
 void raise_capitals(char* text, uint32_t len) {
     char* const end = text + len;
     char* at = text;

@@ -1,7 +1,7 @@
 // LOBs read whole, into one block: no string function works on a LOB in place.
 //
-// Data that stands in the locator is copied from there; neither the dictionary nor the store is asked. The two readers differ in
-// what they leave behind when the look-up of the encryption fails: that of slots leaves its block in out_data, and logs.
+// Data that stands in the locator is copied from there; neither the dictionary nor the store is asked. The two readers differ
+// in what they leave behind when the look-up of the encryption fails: that of slots leaves its block in out_data, and logs.
 #include "bop/bifun_str/lob_read.h"
 
 #include <cstring>

@@ -3,13 +3,13 @@
 //
 // What looks odd and is meant:
 //   - The switch case_sensitive has no effect: locate('A', 'abc') is 0 whatever it says.
-//   - An empty pattern stands at every start up to the place behind the text: locate('', 'abc', 4) is 4, locate('', 'abc', 5) is 0.
-//     Without a start it is found even in an empty text: locate('', '') is 1.
+//   - An empty pattern stands at every start up to the place behind the text: locate('', 'abc', 4) is 4, locate('', 'abc', 5)
+//     is 0. Without a start it is found even in an empty text: locate('', '') is 1.
 //   - The value of a constant counts, not its flag: with a start of NULL the number behind it is taken.
 //   - Behind malformed bytes nothing is found: they cannot be passed by characters. locate('b', x'FF62', 2) is 0.
 //
-// Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written out,
-// and a constant CLOB read, by the first row that needs it and for all.
+// Both values are searched written out. A text without implied blanks is so already and is not copied; a constant is written
+// out, and a constant CLOB read, by the first row that needs it and for all.
 #include <cstdint>
 
 #include "bop/bifun_str/lob_read.h"
@@ -39,7 +39,7 @@ Code logged(int32_t code, int32_t line = __builtin_LINE()) {
     return Code{code};
 }
 
-// ---- Where an argument's bytes come from: open before the row's search, close behind it --------------------------------------
+// ---- Where an argument's bytes come from: open before the row's search, close behind it -------------------------------------
 
 // What a row takes and gives back.
 class OfOneRow {
@@ -142,7 +142,7 @@ class Opened {
     Code code_;
 };
 
-// ---- Rows ---------------------------------------------------------------------------------------------------------------------
+// ---- Rows -------------------------------------------------------------------------------------------------------------------
 
 // Where the text begins with character start of another, the character of that at which the pattern first stands.
 int32_t find(const Bytes& pattern, const char* text, uint32_t len, int32_t start) {

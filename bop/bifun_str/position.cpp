@@ -1,16 +1,18 @@
 // position(pattern in text): where the pattern first stands in the text, counted from 1; 0 where it does not.
 //
 // What looks odd and is meant:
-//   - An empty pattern makes every row 1 and valid, rows of a NULL text too; only all_valid is still the text's. So does a NULL one.
-//   - The position is a byte: 'b' stands in the UTF-8 text 'éb' at 3. But where the pattern has implied blanks that are all found
-//     among the text's implied ones, it is a character: 'b' and one blank stand in 'éb' and one blank at 2, and in 'éb c' at 3. On
-//     text of single bytes the two agree.
-//   - A hit of the pattern's stored part that ends the stored text decides: with too few implied blanks behind it the value is 0.
-//   - A pattern of blanks alone is found in the stored bytes, or else whole among the implied blanks, never across the border: two
-//     blanks stand in 'a ' and one blank nowhere, and in 'a ' and two blanks at 3.
+//   - An empty pattern makes every row 1 and valid, rows of a NULL text too; only all_valid is still the text's. So does a NULL
+//     one.
+//   - The position is a byte: 'b' stands in the UTF-8 text 'éb' at 3. But where the pattern has implied blanks that are all
+//     found among the text's implied ones, it is a character: 'b' and one blank stand in 'éb' and one blank at 2, and in 'éb c'
+//     at 3. On text of single bytes the two agree.
+//   - A hit of the pattern's stored part that ends the stored text decides: with too few implied blanks behind it the value is
+//     0.
+//   - A pattern of blanks alone is found in the stored bytes, or else whole among the implied blanks, never across the border:
+//     two blanks stand in 'a ' and one blank nowhere, and in 'a ' and two blanks at 3.
 //
-// Where case_sensitive is 0, pattern and texts are folded to upper case first, the texts in a buffer. One that is longer than a string
-// may be is folded in a block of the memory object.
+// Where case_sensitive is 0, pattern and texts are folded to upper case first, the texts in a buffer. One that is longer than a
+// string may be is folded in a block of the memory object.
 #include <cstdint>
 
 #include "bop/bifun_str/blank_check.h"

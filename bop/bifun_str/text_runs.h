@@ -1,8 +1,8 @@
-// Rows whose texts stand one behind the other, as a vector stores them row by row: what is asked of one text can be asked of all at
-// once, as long as their characters cannot grow together.
+// Rows whose texts stand one behind the other, as a vector stores them row by row: what is asked of one text can be asked of
+// all at once, as long as their characters cannot grow together.
 //
-// That is so where every byte is a character of its own. No character spans two rows then, and none of a row's bytes would be part
-// of a longer one in the row alone: it would be part of it in the run too.
+// That is so where every byte is a character of its own. No character spans two rows then, and none of a row's bytes would be
+// part of a longer one in the row alone: it would be part of it in the run too.
 #pragma once
 
 #include <cstdint>
@@ -42,8 +42,8 @@ inline TextRun find_text_run(const bdta3_colstr* slots, const uint8_t* valid, ui
     return run;
 }
 
-// The rows of a vector, the runs among them as a whole: rows.run(run) answers whether it did them all; rows.each(begin, end) does them
-// one by one and answers the code of the first that failed.
+// The rows of a vector, the runs among them as a whole: rows.run(run) answers whether it did them all; rows.each(begin, end)
+// does them one by one and answers the code of the first that failed.
 template <class Rows>
 int32_t rows_by_runs(const bdta3_col* texts, uint32_t nrows, Rows&& rows) {
     const auto* const slots = static_cast<const bdta3_colstr*>(texts->data->values);

@@ -1,7 +1,7 @@
 // The loops of workers that compute a block of rows at a time, from arrays to an array.
 //
-// A selection is gathered first. Rows that are NULL are computed too and thrown away where they are few, and left out where they
-// are many; a kernel computes each row by itself, so that this cannot be seen.
+// A selection is gathered first. Rows that are NULL are computed too and thrown away where they are few, and left out where
+// they are many; a kernel computes each row by itself, so that this cannot be seen.
 #pragma once
 
 #include <algorithm>

@@ -16,8 +16,8 @@ class Scratch {
     Scratch(const Scratch&) = delete;
     Scratch& operator=(const Scratch&) = delete;
 
-    // Room for n entries, not set to anything, in place of what was taken before. NULL on exhaustion. file and line are the caller's;
-    // clang 14 lacks std::source_location.
+    // Room for n entries, not set to anything, in place of what was taken before. NULL on exhaustion. file and line are the
+    // caller's; clang 14 lacks std::source_location.
     T* take(qz_env* env, rt_memobj* rt_mem, uint32_t n, const char* file = __builtin_FILE(), int32_t line = __builtin_LINE()) {
         release();
         if (n <= kInFrame) return frame_;

@@ -29,8 +29,8 @@ BIFUN_ALWAYS_INLINE bool store_valid(uint8_t* valid, uint32_t n, const View&... 
     return some_null != 0;
 }
 
-// Whether the worker would make a row of the block NULL. The test is folded into a mask as wide as the values, which is what lets the
-// loop be vectorised.
+// Whether the worker would make a row of the block NULL. The test is folded into a mask as wide as the values, which is what
+// lets the loop be vectorised.
 template <class W, class... View>
 BIFUN_ALWAYS_INLINE bool block_makes_null(const W& worker, uint32_t n, const View&... view) {
     using Mask = std::conditional_t<sizeof(typename WorkerSignature<W>::Returns) == 8, uint64_t, uint32_t>;
@@ -101,8 +101,8 @@ BIFUN_ALWAYS_INLINE bool block_refused(const W& worker, uint32_t n, const View&.
     return false;
 }
 
-// worker: a copy, whose members no store of a row can alias. Answers the rows done: all of them, or those below a block in which
-// a row is refused.
+// worker: a copy, whose members no store of a row can alias. Answers the rows done: all of them, or those below a block in
+// which a row is refused.
 template <class W, class... Argument>
 BIFUN_ALWAYS_INLINE uint32_t total_blocks(const W worker, const Output& out, uint32_t nrows, Argument&... argument) {
     for (uint32_t begin = 0; begin < nrows;) {

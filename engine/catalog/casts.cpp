@@ -19,7 +19,7 @@
 namespace qzengine {
 namespace {
 
-// ---- One value: 0, or the code of the failure. To a whole number rounds, halves away from zero. --------------------------------
+// ---- One value: 0, or the code of the failure. To a whole number rounds, halves away from zero. -----------------------------
 
 template <class From, class To>
 requires std::is_integral_v<From> && std::is_integral_v<To> int32_t convert(From value, To& to) {
@@ -223,10 +223,10 @@ int32_t cast_from_lob(qz_env* env, rt_memobj* rt_mem, const bdta3_col* from, bdt
     });
 }
 
-// Costs: to a wider number is cheap, and the nearest wide type first. A bigint fits an int parameter if nothing else does, since
-// columns of whole numbers are bigint; what is not text becomes text only as the last resort. A date or time is silently one that
-// has more, not one that has less. A text becomes a CLOB where nothing else is wanted; a LOB may be too long for a string, and is
-// never made one silently.
+// Costs: to a wider number is cheap, and the nearest wide type first. A bigint fits an int parameter if nothing else does,
+// since columns of whole numbers are bigint; what is not text becomes text only as the last resort. A date or time is silently
+// one that has more, not one that has less. A text becomes a CLOB where nothing else is wanted; a LOB may be too long for a
+// string, and is never made one silently.
 constexpr int kNarrowing = 20;
 constexpr int kAsText = 50;
 constexpr int kAsLob = 60;

@@ -17,8 +17,8 @@
 
 namespace qzengine {
 
-// Fills rows 0 to nrows-1 of to from the same logical rows of from; NULL stays NULL. Answers 0, or the code of the first row that
-// fails, and that logical row in *failed.
+// Fills rows 0 to nrows-1 of to from the same logical rows of from; NULL stays NULL. Answers 0, or the code of the first row
+// that fails, and that logical row in *failed.
 using CastKernel = int32_t (*)(qz_env* env, rt_memobj* rt_mem, const bdta3_col* from, bdta3_col* to, uint32_t nrows,
                                uint32_t* failed);
 

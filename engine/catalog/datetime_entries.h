@@ -1,6 +1,6 @@
 /*
- * Entries of date-time functions. Dates, times and date-times are stored alike, so that the same exports serve several types: an
- * entry is written once and entered for each of them.
+ * Entries of date-time functions. Dates, times and date-times are stored alike, so that the same exports serve several types:
+ * an entry is written once and entered for each of them.
  */
 #ifndef QZENGINE_CATALOG_DATETIME_ENTRIES_H
 #define QZENGINE_CATALOG_DATETIME_ENTRIES_H

@@ -1,7 +1,8 @@
 // Three ways to find a pattern in a text, byte by byte, without a thought of characters.
 //
-// Each calls accept(position) for every place at which the pattern stands, ascending and overlapping, until accept answers true, and
-// answers whether it did. The pattern has at least one byte and the text at least as many. Nothing is read outside either.
+// Each calls accept(position) for every place at which the pattern stands, ascending and overlapping, until accept answers
+// true, and answers whether it did. The pattern has at least one byte and the text at least as many. Nothing is read outside
+// either.
 //
 //   scan_ends      compares the first and the last byte of sixteen places at once. The fastest by far for what people search; needs
 //                  no preparation. At worst pattern times text, which its caller may cut short.

@@ -9,7 +9,7 @@ using namespace qzhost;
 
 namespace {
 
-// ---- ASCII letters, whole words at a time; all other bytes stay ---------------------------------------------------------------
+// ---- ASCII letters, whole words at a time; all other bytes stay -------------------------------------------------------------
 
 template <Case to>
 constexpr uint8_t kFirstLetter = to == Case::upper ? 'a' : 'A';
@@ -85,7 +85,7 @@ void store_sequence(uint8_t* p, Sequence sequence, size_t length) {
     if (length > 3) p[3] = static_cast<uint8_t>(sequence >> 24);
 }
 
-// ---- UTF-8: no byte of a longer character is ASCII, and a lead byte always begins a character -----------------------------------
+// ---- UTF-8: no byte of a longer character is ASCII, and a lead byte always begins a character -------------------------------
 
 // A lead byte says nothing of what comes next, so two and three bytes take the same steps.
 void fold_two_or_three(const Utf8CaseTable& table, uint8_t* p, size_t left) {
@@ -135,7 +135,7 @@ void fold_utf8_characters(uint8_t* p, size_t n) {
 #endif
 }
 
-// ---- GB18030 and EUC-KR: a byte is what the walk from the start makes of it ------------------------------------------------------
+// ---- GB18030 and EUC-KR: a byte is what the walk from the start makes of it -------------------------------------------------
 
 template <class Set>
 const LegacyCaseTable& legacy_table(Case to) {

@@ -1,4 +1,5 @@
-// Case mappings of multibyte characters, from sequence to sequence of the same length, built once from Unicode's simple mappings.
+// Case mappings of multibyte characters, from sequence to sequence of the same length, built once from Unicode's simple
+// mappings.
 //
 // UTF-8: a character's bytes but the last choose a page of 64, the last byte the entry. Most pages map nothing and are shared.
 // GB18030, EUC-KR: the order of these sets has no pages that would pay; a hash table holds the sequences that have a mapping.

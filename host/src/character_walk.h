@@ -10,7 +10,7 @@
 
 namespace qzhost {
 
-// ---- Well-formedness and count of UTF-8 ---------------------------------------------------------------------------------------
+// ---- Well-formedness and count of UTF-8 -------------------------------------------------------------------------------------
 
 struct Utf8Count {
     bool well_formed;
@@ -85,7 +85,7 @@ inline Utf8Count count_utf8(const uint8_t* p, size_t n) {
 
 #endif
 
-// ---- Any character set -----------------------------------------------------------------------------------------------------------
+// ---- Any character set ------------------------------------------------------------------------------------------------------
 
 [[gnu::noinline]] inline size_t count_utf8_by_blocks(const uint8_t* p, size_t n) {
     const Utf8Count counted = count_utf8(p, n);

@@ -10,7 +10,7 @@
 
 using namespace qzhost;
 
-// ---- Counting ------------------------------------------------------------------------------------------------------------------
+// ---- Counting ---------------------------------------------------------------------------------------------------------------
 
 uint32_t qz_mbstrlen_ex(const char* text, uint32_t len) {
     return with_server_charset(
@@ -113,7 +113,7 @@ int32_t qz_translate_from_str_has_mb(const char* text, uint32_t len) {
     return with_server_charset([&]<class Set>(Set) { return has_multibyte<Set>(bytes_of(text), len); });
 }
 
-// ---- Moving --------------------------------------------------------------------------------------------------------------------
+// ---- Moving -----------------------------------------------------------------------------------------------------------------
 
 const char* qz_mbsinc_ex(const char* text, uint32_t len) {
     if (len == 0) return nullptr;
@@ -201,7 +201,7 @@ const char* qz_mbsninc_count_ex(const char* text, uint32_t len, uint32_t n, uint
     });
 }
 
-// ---- Measuring -----------------------------------------------------------------------------------------------------------------
+// ---- Measuring --------------------------------------------------------------------------------------------------------------
 
 uint32_t qz_mbget_bytelen(const char* text, uint32_t len, uint32_t n) {
     return with_server_charset(
@@ -252,6 +252,6 @@ int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* 
     });
 }
 
-// ---- Comparing -----------------------------------------------------------------------------------------------------------------
+// ---- Comparing --------------------------------------------------------------------------------------------------------------
 
 int32_t qz_mbsncmp_f(const char* left, const char* right, uint32_t n) { return n == 0 ? 0 : std::memcmp(left, right, n); }

@@ -1,7 +1,8 @@
 // The three character sets of the server, each a type with one question: what stands at the start of these bytes?
 //
-// sequence(p, left), left above 0, answers the length of the well-formed sequence there, or why there is none: kMalformed when no
-// bytes behind could make it one, kCutOff when all bytes left begin a sequence that needs more. Nothing is read behind the range.
+// sequence(p, left), left above 0, answers the length of the well-formed sequence there, or why there is none: kMalformed when
+// no bytes behind could make it one, kCutOff when all bytes left begin a sequence that needs more. Nothing is read behind the
+// range.
 #pragma once
 
 #include <cstddef>

@@ -37,17 +37,18 @@ bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 bool is_digit(char c) { return c >= '0' && c <= '9'; }
 char upper(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 32) : c; }
 
-// Reads digits from the left, at most nine into the value, whose missing places are zeros: the fraction of a second in nanoseconds.
+// Reads digits from the left, at most nine into the value, whose missing places are zeros: the fraction of a second in
+// nanoseconds.
 int32_t nanoseconds(std::string_view digits) {
     int32_t value = 0;
     for (size_t i = 0; i < 9; ++i) value = value * 10 + (i < digits.size() ? digits[i] - '0' : 0);
     return value;
 }
 
-// ---- The common forms, eight bytes at a time ---------------------------------------------------------------------------------
+// ---- The common forms, eight bytes at a time --------------------------------------------------------------------------------
 
-// Eight bytes that must hold digits where the pattern has a 0 and the pattern's own byte elsewhere. The value of two neighbouring
-// digits then stands in the byte of the first.
+// Eight bytes that must hold digits where the pattern has a 0 and the pattern's own byte elsewhere. The value of two
+// neighbouring digits then stands in the byte of the first.
 struct Block {
     uint64_t pairs;
     bool fits;
@@ -68,7 +69,8 @@ struct Block {
     int32_t pair(int first) const { return static_cast<int32_t>(pairs >> (8 * first) & 255); }
 };
 
-// 2024-02-29 as a whole text, or 2024-02-29 10:30:15 and 2024-02-29T10:30:15 as the beginning of one. The bytes read, 0 for none.
+// 2024-02-29 as a whole text, or 2024-02-29 10:30:15 and 2024-02-29T10:30:15 as the beginning of one. The bytes read, 0 for
+// none.
 uint32_t read_common(const char* text, uint32_t length, Fields& f) {
     if (length != 10 && length < 19) return 0;
     const Block date(text, "0000-00-");

@@ -1,7 +1,7 @@
 // Day numbers of many dates, and back, eight in a register where the machine has AVX2.
 //
-// The arithmetic is that of the header, in 32 bits and without its tables: a month's days before it, and a day's month, come out of a
-// multiplication. It gives the same for every bit pattern.
+// The arithmetic is that of the header, in 32 bits and without its tables: a month's days before it, and a day's month, come
+// out of a multiplication. It gives the same for every bit pattern.
 
 #include "qzhost/calendar.h"
 

@@ -1,4 +1,5 @@
-// Unsigned integers to decimal digits and back, two or eight at a time. Bytes of a word are in the order of memory: little-endian.
+// Unsigned integers to decimal digits and back, two or eight at a time. Bytes of a word are in the order of memory:
+// little-endian.
 #ifndef QZHOST_SRC_DECIMAL_DIGITS_H
 #define QZHOST_SRC_DECIMAL_DIGITS_H
 
@@ -36,8 +37,8 @@ inline int count_digits(uint64_t value) {
 
 inline void write_pair(char* out, uint32_t value) { std::memcpy(out, &kDigitPairs[2 * size_t{value}], 2); }
 
-// The eight decimal digits of value, below 10^8, one in a byte, the first in the lowest. Lanes of 32, 16 and 8 bits are split at
-// once: the quotient stays in a lane's lower half and the remainder goes to the upper one. Neither product leaves its lane.
+// The eight decimal digits of value, below 10^8, one in a byte, the first in the lowest. Lanes of 32, 16 and 8 bits are split
+// at once: the quotient stays in a lane's lower half and the remainder goes to the upper one. Neither product leaves its lane.
 inline uint64_t eight_digits(uint32_t value) {
     const uint64_t fours = (value / 10000) | uint64_t{value % 10000} << 32;
     const uint64_t hundreds = (fours * 5243 >> 19) & 0x0000007F0000007F;  // x / 100 for x below 10^4

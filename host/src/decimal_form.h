@@ -1,8 +1,8 @@
 /*
  * The way between a decimal record and the numbers that the arithmetic works on.
  *
- * A record's pairs stand in base 100 around the decimal point: pair i has the weight 100^(int_pairs - 1 - i), where int_pairs is
- * lead - 192. int_pairs of a canonical value lies in -64..63: the first pair of 1E-130 has the weight 100^-65, that of
+ * A record's pairs stand in base 100 around the decimal point: pair i has the weight 100^(int_pairs - 1 - i), where int_pairs
+ * is lead - 192. int_pairs of a canonical value lies in -64..63: the first pair of 1E-130 has the weight 100^-65, that of
  * 9.99E125 the weight 100^62.
  *
  * Reading accepts any 30 bytes. Writing is done in one place, store_pairs, which holds all rules of the form: rounding to 22

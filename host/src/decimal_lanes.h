@@ -1,12 +1,12 @@
 // Sixteen pairs at once: the lanes of one vector register.
 //
 // Lane 0 is the most significant, as in a record. The weight of a number in lanes is told by int_pairs: lane j has the weight
-// 100^(int_pairs - 1 - j). Two numbers are brought to one weight by a byte shuffle, which shifts the one with fewer integer pairs,
-// and results to their canonical place by another. What needs more lanes than there are takes the general path of decimal_form.h,
-// which is also the only one on machines without these instructions.
+// 100^(int_pairs - 1 - j). Two numbers are brought to one weight by a byte shuffle, which shifts the one with fewer integer
+// pairs, and results to their canonical place by another. What needs more lanes than there are takes the general path of
+// decimal_form.h, which is also the only one on machines without these instructions.
 //
-// Records are moved in parts, bytes 0..7, 8..23, 24..27 and 28..29, by xdec_copy as well: a load of a part that was stored as one
-// does not wait until the store reaches the cache.
+// Records are moved in parts, bytes 0..7, 8..23, 24..27 and 28..29, by xdec_copy as well: a load of a part that was stored as
+// one does not wait until the store reaches the cache.
 #ifndef QZHOST_SRC_DECIMAL_LANES_H
 #define QZHOST_SRC_DECIMAL_LANES_H
 
@@ -44,7 +44,7 @@ inline Lanes pick(Lanes low, Lanes high, Lanes index) {
 // Without a branch, where the choice follows no pattern; compilers make one of ?: at times.
 inline uint64_t choose(bool first, uint64_t a, uint64_t b) { return b ^ ((a ^ b) & (0 - uint64_t{first})); }
 
-// ---- Records -----------------------------------------------------------------------------------------------------------------
+// ---- Records ----------------------------------------------------------------------------------------------------------------
 
 struct Record {
     uint64_t head;  // sign to lead
@@ -118,7 +118,7 @@ inline void store_record(xdec* destination, uint64_t head, Lanes pairs, Lanes mo
 
 inline void store_zero(xdec* destination) { store_record(destination, kZeroHead, _mm_setzero_si128(), _mm_setzero_si128()); }
 
-// ---- Tables to load from at an offset: a register of successive numbers or of a mask in one instruction -----------------------
+// ---- Tables to load from at an offset: a register of successive numbers or of a mask in one instruction ---------------------
 
 struct SlidingTables {
     uint8_t up[96];    // -32, -31 ... 63
@@ -139,10 +139,11 @@ inline Lanes counting_from(int32_t first) { return load(kSliding.up + kSlide + f
 // 0xFF in the lanes below count, which is -16..32.
 inline Lanes lanes_below(int32_t count) { return load(kSliding.mask + kSlide - count); }
 
-// Lanes moved down by count, 0..32, or up when it is negative, -15..-1: zeros come in behind, and what comes in front is no value.
+// Lanes moved down by count, 0..32, or up when it is negative, -15..-1: zeros come in behind, and what comes in front is no
+// value.
 inline Lanes moved(Lanes lanes, int32_t count) { return _mm_shuffle_epi8(lanes, counting_from(-count)); }
 
-// ---- Numbers in lanes --------------------------------------------------------------------------------------------------------
+// ---- Numbers in lanes -------------------------------------------------------------------------------------------------------
 
 // Pair bytes to pairs.
 inline Lanes to_lanes(Lanes pairs) {
@@ -154,8 +155,8 @@ struct WideLanes {
     Lanes back;
 };
 
-// x + y, or x - y where subtract is all ones and x is not less than y. Lane 0 takes the carry. Carries go one lane at a time; that
-// a lane passes one on is rare, since it must be 99 or, in a difference, 0.
+// x + y, or x - y where subtract is all ones and x is not less than y. Lane 0 takes the carry. Carries go one lane at a time;
+// that a lane passes one on is rare, since it must be 99 or, in a difference, 0.
 [[gnu::always_inline]] inline Lanes add_lanes(Lanes x, Lanes y, Lanes subtract) {
     const Lanes hundred = spread(100);
     const Lanes unit = _mm_or_si128(subtract, spread(1));  // 1 or -1
@@ -244,7 +245,7 @@ inline bool store_wide_lanes(xdec* destination, bool negative, uint32_t scale, i
     return true;
 }
 
-// ---- Lanes and binary numbers --------------------------------------------------------------------------------------------------
+// ---- Lanes and binary numbers -----------------------------------------------------------------------------------------------
 
 // Four limbs of four lanes each, the most significant first.
 inline Lanes limbs_of_lanes(Lanes lanes) {
@@ -284,8 +285,8 @@ inline Lanes lanes_of_uint64(uint64_t value) {
     return lanes_of_limbs(four_limbs(upper << 32, two_limbs(value - upper * kTenTo16)));
 }
 
-// Stores value times 10^exponent; exponent is -200..200, and scale at least what the digits need. False, and nothing is stored: out
-// of range, or too many digits to shift by one.
+// Stores value times 10^exponent; exponent is -200..200, and scale at least what the digits need. False, and nothing is stored:
+// out of range, or too many digits to shift by one.
 [[gnu::always_inline]] inline bool store_uint64(xdec* destination, bool negative, uint64_t value, int32_t exponent,
                                                 uint32_t scale) {
     constexpr uint64_t kMaxShifted = ~uint64_t{0} / 10;

@@ -1,8 +1,9 @@
 // Months and days, a month having 31, as a decimal.
 //
-// The fraction of such a number is one of thirty, rounded to the last bit of a double of its size. So its digits stand in a table,
-// a row for each size of the integer part, and are not searched for. Below 16, months and days may round to another double when
-// the days borrow from the months: 1 - 5/31 is not 26/31. From 16 on days / 31 is exact enough for both to round alike.
+// The fraction of such a number is one of thirty, rounded to the last bit of a double of its size. So its digits stand in a
+// table, a row for each size of the integer part, and are not searched for. Below 16, months and days may round to another
+// double when the days borrow from the months: 1 - 5/31 is not 26/31. From 16 on days / 31 is exact enough for both to round
+// alike.
 
 #include <array>
 #include <bit>
@@ -30,7 +31,8 @@ struct Fraction {
     uint32_t count;
 };
 
-// The digits behind the point of the shortest decimal that reads back as value, 1/31 to below 2^18 and no whole number of months.
+// The digits behind the point of the shortest decimal that reads back as value, 1/31 to below 2^18 and no whole number of
+// months.
 constexpr Fraction shortest_fraction(double value) {
     constexpr uint64_t kOne = uint64_t{1} << 52;
     const auto bits = std::bit_cast<uint64_t>(value);

@@ -132,7 +132,7 @@ void integer_limbs(const Pairs& p, uint32_t (&limb)[kQuotientLimbs]) {
     for (uint32_t i = 0; i < kQuotientLimbs; ++i) limb[i] = limb_of(pair + i * kLimbPairs);
 }
 
-// ---- In one register -----------------------------------------------------------------------------------------------------------
+// ---- In one register --------------------------------------------------------------------------------------------------------
 
 namespace in_lanes {
 
@@ -141,8 +141,8 @@ namespace in_lanes {
 using namespace lanes;
 using Wide = unsigned __int128;
 
-// Quotient and remainder by 10^16 of a number below 10^16 * 2^64. With the divisor shifted to the top of 64 bits, a product with
-// its reciprocal estimates the quotient to within 1 (Moeller and Granlund).
+// Quotient and remainder by 10^16 of a number below 10^16 * 2^64. With the divisor shifted to the top of 64 bits, a product
+// with its reciprocal estimates the quotient to within 1 (Moeller and Granlund).
 uint64_t divide_by_ten_to_16(Wide number, uint64_t* remainder) {
     constexpr int kShift = std::countl_zero(kTenTo16);
     constexpr uint64_t kDivisor = kTenTo16 << kShift;

@@ -193,8 +193,8 @@ bool read(xdec* destination, const char* text, uint32_t length) {
     const uint64_t end = uint64_t{1} << length;
     if ((digits | points | sign) != end - 1 || (points & (points - 1)) != 0 || digits == 0) return false;
 
-    // Each digit goes to the lane that pairs it around the point: one lane down when there is an odd count in front, and one lane
-    // up over the point.
+    // Each digit goes to the lane that pairs it around the point: one lane down when there is an odd count in front, and one
+    // lane up over the point.
     const auto point_at = std::countr_zero(points | end);
     const auto int_digits = point_at - static_cast<int32_t>(sign);
     const int32_t pad = int_digits % 2;

@@ -198,7 +198,8 @@ Seconds seconds_of(const qz_interval_dt& interval) {
     return {seconds + interval.iv_second + carry, interval.iv_fraction - carry * kMicrosPerSecond};
 }
 
-// number times size, rounded to a whole number, half away from zero: whole + carry, kept apart since the caller scales the whole part.
+// number times size, rounded to a whole number, half away from zero: whole + carry, kept apart since the caller scales the
+// whole part.
 struct Product {
     int64_t whole;  // integer part of the number, below 2^62
     int64_t carry;  // fraction of the number times size, rounded; at most size

@@ -111,7 +111,7 @@ const LobValue* find_value(const qz_env* env, const LocatorHead& head) {
 
 }  // namespace
 
-// ---- What a locator says ---------------------------------------------------------------------------------------------------------
+// ---- What a locator says ----------------------------------------------------------------------------------------------------
 
 int32_t nblob_is_long_row(const nstr* locator) { return locator_of(locator).length() >= kTooLongToRead; }
 
@@ -130,7 +130,7 @@ int32_t nblob_is_in_row_for_colstr_fast(const bdta3_colstr* slot) {
 
 int32_t sess4_get_lob_reader(const qz_session*) { return LOB_READER_ANY; }
 
-// ---- Encryption ------------------------------------------------------------------------------------------------------------------
+// ---- Encryption -------------------------------------------------------------------------------------------------------------
 
 const nblob_encryption* ndct_get_blob_enc_info_low(qz_env* env, rt_memobj*, const char* locator, ndct_work_area* work,
                                                    int32_t* out_reuse, int32_t* out_status) {
@@ -156,7 +156,7 @@ const nblob_encryption* ndct_get_blob_enc_info(qz_env* env, rt_memobj* rt_mem, c
     return ndct_get_blob_enc_info_low(env, rt_mem, locator, work, &reuse, out_status);
 }
 
-// ---- Reading ---------------------------------------------------------------------------------------------------------------------
+// ---- Reading ----------------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -232,7 +232,7 @@ int32_t ntext_get_data(qz_env* env, int32_t, const nstr* locator, void* destinat
     return code;
 }
 
-// ---- Control ---------------------------------------------------------------------------------------------------------------------
+// ---- Control ----------------------------------------------------------------------------------------------------------------
 
 namespace {
 

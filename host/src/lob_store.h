@@ -1,5 +1,5 @@
-// Where an environment keeps its LOBs: values by number, each with the check word that its locators must know, and the key of an
-// enciphered one. Values are never changed, and go all at once: with the store or before it.
+// Where an environment keeps its LOBs: values by number, each with the check word that its locators must know, and the key of
+// an enciphered one. Values are never changed, and go all at once: with the store or before it.
 #pragma once
 
 #include <cstddef>

@@ -4,8 +4,8 @@
 //
 //   FM  S or B or currency  digits and separators  point and digits, or V and digits  EEEE  currency  S or MI or PR
 //
-// $ and B have no place of their own and may stand anywhere in front of the last sign element. RN, TM and X are formats of their
-// own.
+// $ and B have no place of their own and may stand anywhere in front of the last sign element. RN, TM and X are formats of
+// their own.
 #include <cstring>
 
 #include "host/src/number_format_record.h"

@@ -1,8 +1,8 @@
 // Reading a decimal by a parsed number format.
 //
-// The text is checked against the format and brought into the plain form that xdec_from_char reads. Whatever the writer writes is
-// read; beside that a text may leave out what does not change its value: blanks around it, leading digits, trailing digits behind
-// the point, the currency, the sign of a positive number, and its group separators, of which it has all or none.
+// The text is checked against the format and brought into the plain form that xdec_from_char reads. Whatever the writer writes
+// is read; beside that a text may leave out what does not change its value: blanks around it, leading digits, trailing digits
+// behind the point, the currency, the sign of a positive number, and its group separators, of which it has all or none.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -224,7 +224,7 @@ int32_t read_shortest(const xdec_number_format& format, std::string_view text, x
     return xdec_from_char(number, plain.data(), static_cast<uint32_t>(text.size()));
 }
 
-// ---- Numerals ----------------------------------------------------------------------------------------------------------------
+// ---- Numerals ---------------------------------------------------------------------------------------------------------------
 
 bool starts_with_ignoring_case(std::string_view text, std::string_view upper_case) {
     return text.size() >= upper_case.size() &&

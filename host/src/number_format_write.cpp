@@ -1,8 +1,8 @@
 // Writing a decimal by a parsed number format.
 //
-// The digits are taken out of the decimal's pairs once, rounded in place, and written from left to right: every part's length is
-// known before the first byte. Records of any bytes are harmless here, since a value can come from anywhere: counts are limited
-// to the record, and a pair out of range reads as 99.
+// The digits are taken out of the decimal's pairs once, rounded in place, and written from left to right: every part's length
+// is known before the first byte. Records of any bytes are harmless here, since a value can come from anywhere: counts are
+// limited to the record, and a pair out of range reads as 99.
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -180,7 +180,7 @@ char* begin_field(const xdec_number_format& format, const Frame& frame, int body
 
 char* end_field(const Frame& frame, char* out) { return copy_text(copy_text(out, frame.currency_behind), frame.sign_behind); }
 
-// ---- Pictures of digits ------------------------------------------------------------------------------------------------------
+// ---- Pictures of digits -----------------------------------------------------------------------------------------------------
 
 // Which positions of a picture are written for one number.
 struct Extent {
@@ -253,7 +253,7 @@ char* write_picture(const xdec_number_format& format, Digits& digits, char* out)
     return end_field(frame, out);
 }
 
-// ---- Exponents ---------------------------------------------------------------------------------------------------------------
+// ---- Exponents --------------------------------------------------------------------------------------------------------------
 
 constexpr int kMaxExponentText = 5;
 
@@ -309,7 +309,7 @@ char* write_shortest(const xdec_number_format& format, const Digits& digits, cha
     return out;
 }
 
-// ---- Roman and hexadecimal numerals: the number rounded to an integer -----------------------------------------------------------
+// ---- Roman and hexadecimal numerals: the number rounded to an integer -------------------------------------------------------
 
 char* end_numeral(const xdec_number_format& format, std::string_view numeral, char* out) {
     if (!has_flag(format, kFillMode)) {

@@ -1,10 +1,10 @@
 // Text of double-precision numbers.
 //
 // A double is m * 2^q. Every number between the two midpoints to its neighbours reads back as it (the midpoints themselves when
-// m is even). The shortest text in that interval is found with three multiplications by one 128-bit power of ten: they scale the
-// lower midpoint, the number and the upper midpoint to where a step of one is a decimal digit, in quarters, with the lowest bit
-// telling that something was cut off ("round to odd"). That keeps every comparison exact. The method is Schubfach, by Raffaello
-// Giulietti.
+// m is even). The shortest text in that interval is found with three multiplications by one 128-bit power of ten: they scale
+// the lower midpoint, the number and the upper midpoint to where a step of one is a decimal digit, in quarters, with the lowest
+// bit telling that something was cut off ("round to odd"). That keeps every comparison exact. The method is Schubfach, by
+// Raffaello Giulietti.
 #include "qzhost/number_text.h"
 
 #include <algorithm>
@@ -23,7 +23,7 @@
 namespace qzhost {
 namespace {
 
-// ---- Double to text ----------------------------------------------------------------------------------------------------------
+// ---- Double to text ---------------------------------------------------------------------------------------------------------
 
 constexpr int kMantissaBits = 52;
 constexpr int kMaxBinaryExponent = 1023;
@@ -177,7 +177,7 @@ char* write_double(char* out, double value) {
     return write_decimal(out, shortest_decimal(mantissa, static_cast<int>(exponent)));
 }
 
-// ---- Text to double ----------------------------------------------------------------------------------------------------------
+// ---- Text to double ---------------------------------------------------------------------------------------------------------
 
 constexpr int kMaxExactDigits = 19;                // digits that surely fit 64 bits
 constexpr uint64_t kMaxExactInteger = 1ull << 53;  // every integer up to here is a double

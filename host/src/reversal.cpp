@@ -8,8 +8,8 @@ using namespace qzhost;
 
 namespace {
 
-// The bytes from both ends towards the middle, eight at a time. What is left in the middle, eight to sixteen bytes, is done by two
-// words that overlap.
+// The bytes from both ends towards the middle, eight at a time. What is left in the middle, eight to sixteen bytes, is done by
+// two words that overlap.
 void reverse_bytes(uint8_t* p, size_t n) {
 #ifdef QZHOST_VECTOR_BYTES
     if (SpreadBlocks::takes(n)) {

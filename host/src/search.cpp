@@ -7,7 +7,7 @@
 
 using namespace qzhost;
 
-// ---- Tables --------------------------------------------------------------------------------------------------------------------
+// ---- Tables -----------------------------------------------------------------------------------------------------------------
 
 void preprocess_bmbc(const char* pattern, uint32_t pattern_len, uint32_t* table) {
     std::fill_n(table, QZ_BMBC_ENTRIES, pattern_len);
@@ -66,7 +66,7 @@ uint32_t preshiftorprocess(const char* pattern, uint32_t pattern_len, uint32_t* 
     return ~((1u << (pattern_len - 1)) - 1);
 }
 
-// ---- The search ------------------------------------------------------------------------------------------------------------------
+// ---- The search -------------------------------------------------------------------------------------------------------------
 
 namespace {
 
@@ -243,7 +243,8 @@ inline uint32_t find_first_of_ends(const Search& search) {
 
 inline int32_t search_text(const Search& search, uint32_t* out_pos) {
     if (search.is_hopeless()) return answer(0, out_pos);
-    // UTF-8 with a pattern that begins as characters do is what nearly all callers have, and short texts in which every call counts.
+    // UTF-8 with a pattern that begins as characters do is what nearly all callers have, and short texts in which every call
+    // counts.
     const bool plain = is_server_utf8() && Utf8::always_begins(search.pattern[0]);
 #ifdef QZHOST_VECTOR_BYTES
     if (plain && search.pattern_len <= 2 && search.occurrence == 1 && search.text_len <= SpreadBlocks::kMost) {

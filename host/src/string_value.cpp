@@ -14,7 +14,8 @@ void make_empty(nstr* value, uint32_t has_value) {
     value->nstr_cap = 0;
 }
 
-// Room for len bytes: len, has_value and nstr_ext are set, the bytes are the caller's to fill. NULL and an empty value on failure.
+// Room for len bytes: len, has_value and nstr_ext are set, the bytes are the caller's to fill. NULL and an empty value on
+// failure.
 char* reserve(qz_env* env, rt_memobj* rt_mem, nstr* value, uint64_t len, int32_t* code) {
     make_empty(value, 0);
     if (len >= UINT32_MAX) {

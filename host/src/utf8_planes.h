@@ -1,9 +1,9 @@
-// Well-formedness and count of UTF-8 by bit planes, where the machine has AVX-512: one word holds bit 7 of 64 bytes, one bit 6, one
-// bit 5. Made of blocks of sixteen bytes the planes cost more than the look-ups of Utf8Blocks.
+// Well-formedness and count of UTF-8 by bit planes, where the machine has AVX-512: one word holds bit 7 of 64 bytes, one bit 6,
+// one bit 5. Made of blocks of sixteen bytes the planes cost more than the look-ups of Utf8Blocks.
 //
 // The lead bytes, moved up by one place, and those of three bytes, moved up by two, tell where continuations are due. A text is
-// well-formed when they stand there and nowhere else. Four lead bytes tell more than that, and some are never right: C0, C1, E0, ED and
-// all from F0 on. Texts with one of those are rare, and are left to Utf8Blocks.
+// well-formed when they stand there and nowhere else. Four lead bytes tell more than that, and some are never right: C0, C1,
+// E0, ED and all from F0 on. Texts with one of those are rare, and are left to Utf8Blocks.
 #pragma once
 
 #include "host/src/byte_blocks.h"
@@ -68,8 +68,8 @@ QZHOST_MASKED inline size_t ascii_blocks(const uint8_t* p, size_t n) {
     return i;
 }
 
-// Number of the characters of n bytes, or kNotTold where they are malformed or one of the rare lead bytes is among them. Bytes are
-// loaded under a mask, in one step for every length, so that up to 62 take no branch.
+// Number of the characters of n bytes, or kNotTold where they are malformed or one of the rare lead bytes is among them. Bytes
+// are loaded under a mask, in one step for every length, so that up to 62 take no branch.
 QZHOST_MASKED inline size_t count_utf8_masked(const uint8_t* p, size_t n) {
     if (n <= Utf8Planes::kMost) [[likely]] {
         const Utf8Planes planes = planes_of(_mm512_maskz_loadu_epi8(_bzhi_u64(~uint64_t{0}, static_cast<unsigned>(n)), p));

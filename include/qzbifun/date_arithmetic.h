@@ -1,9 +1,9 @@
 /*
  * Functions that move a date by an amount, and those that move it to a named day.
  *
- * Dates are date-time values; the time of day and the zone come along unless told otherwise. A NULL vector argument makes the row
- * NULL. Whether a constant is NULL is not looked at: it counts with the value that stands in it. all_valid is that of the vector,
- * or the AND of both.
+ * Dates are date-time values; the time of day and the zone come along unless told otherwise. A NULL vector argument makes the
+ * row NULL. Whether a constant is NULL is not looked at: it counts with the value that stands in it. all_valid is that of the
+ * vector, or the AND of both.
  *
  * Errors are those of the calendar: EC_DATE_OUT_OF_RANGE where a result leaves it.
  *
@@ -33,7 +33,8 @@ bop_fn_aa badd_months_aa_date;
 bop_fn_av badd_months_av_date;
 bop_fn_va badd_months_va_date;
 
-/* date + interval, date - interval: of years and months (ym), of days and times (dt). A day that the month lacks becomes its last. */
+/* date + interval, date - interval: of years and months (ym), of days and times (dt). A day that the month lacks becomes its
+ * last. */
 bop_fn_aa bdate_add_ym_aa;
 bop_fn_av bdate_add_ym_av;
 bop_fn_aa bdate_sub_ym_aa;
@@ -46,13 +47,13 @@ bop_fn_vaa bdateadd_vaa_date;
 bop_fn_vav bdateadd_vav_date;
 bop_fn_vva bdateadd_vva_date;
 
-/* next_day(date, weekday): the first such weekday behind the date. weekday is a string, read through nstr_ext whatever its length.
- * EC_WEEKDAY_NAME_TOO_LONG: 20 bytes or more; EC_WEEKDAY_NAME_INVALID: unknown. Both come before the rows, also when there are
- * none. A row that holds a date in the gap of October 1582 is changed to 1582-10-15. */
+/* next_day(date, weekday): the first such weekday behind the date. weekday is a string, read through nstr_ext whatever its
+ * length. EC_WEEKDAY_NAME_TOO_LONG: 20 bytes or more; EC_WEEKDAY_NAME_INVALID: unknown. Both come before the rows, also when
+ * there are none. A row that holds a date in the gap of October 1582 is changed to 1582-10-15. */
 bop_fn_av bnext_day_av_date;
 
-/* last_day(date): the last day of the date's month, 31 in October 1582. Of a string: NULL where the text holds no value; the codes of
- * qztime_from_char_ex. */
+/* last_day(date): the last day of the date's month, 31 in October 1582. Of a string: NULL where the text holds no value; the
+ * codes of qztime_from_char_ex. */
 bop_fn_a blast_day_a_date;
 bop_fn_a blast_day_str_a_date;
 

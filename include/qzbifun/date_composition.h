@@ -13,9 +13,9 @@ extern "C" {
 #endif
 
 /* to_datetime(year, month, day, hour, minute): five ints to a datetime without zone, its seconds 0. No argument need be in its
- * range: a month of 14, a day of 0 or 40, an hour of 30, a minute of -1 carry into the larger fields. A date in the gap of October
- * 1582 becomes 1582-10-15. EC_YEAR_ZERO: the date falls in year 0; the codes of the calendar outside its range. A NULL in a vector
- * makes the row NULL; of a constant only the value is read. */
+ * range: a month of 14, a day of 0 or 40, an hour of 30, a minute of -1 carry into the larger fields. A date in the gap of
+ * October 1582 becomes 1582-10-15. EC_YEAR_ZERO: the date falls in year 0; the codes of the calendar outside its range. A NULL
+ * in a vector makes the row NULL; of a constant only the value is read. */
 bop_fn_aaaaa bto_datetime_aaaaa_date;
 bop_fn_aaaav bto_datetime_aaaav_li_date;
 bop_fn_aaava bto_datetime_aaava_li_date;

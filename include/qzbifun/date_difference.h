@@ -1,8 +1,8 @@
 /*
  * Functions that measure the distance between two dates. Each counts in its own way, and they do not agree at the edges.
  *
- * first and second are date-time values. A NULL vector argument makes the row NULL. Whether a constant is NULL is not looked at: it
- * counts with the value that stands in it. all_valid is that of the vector, or the AND of both. Time zones play no part.
+ * first and second are date-time values. A NULL vector argument makes the row NULL. Whether a constant is NULL is not looked
+ * at: it counts with the value that stands in it. all_valid is that of the vector, or the AND of both. Time zones play no part.
  *
  * This header is C11 and C++20.
  */
@@ -20,8 +20,8 @@ bop_fn_aa bdays_between_aa_date;
 bop_fn_av bdays_between_av_date;
 bop_fn_va bdays_between_va_date;
 
-/* weeks_between(first, second), int: the Sundays between the dates, positive when first is later. Where the dates differ, a row or
- * a constant that holds a date in the gap of October 1582 is changed to 1582-10-15. */
+/* weeks_between(first, second), int: the Sundays between the dates, positive when first is later. Where the dates differ, a row
+ * or a constant that holds a date in the gap of October 1582 is changed to 1582-10-15. */
 bop_fn_aa bweeks_between_aa_date;
 bop_fn_av bweeks_between_av_date;
 bop_fn_va bweeks_between_va_date;

@@ -1,8 +1,8 @@
 /*
  * Parts of date-time values and intervals: EXTRACT, the functions of one part, and the names of days and months.
  *
- * A NULL vector argument makes the row NULL; all_valid is that of the vector. A text is read as qztime_from_char_ex does, without its
- * implied blanks: NULL where it holds no value, the codes of that service where it cannot be read.
+ * A NULL vector argument makes the row NULL; all_valid is that of the vector. A text is read as qztime_from_char_ex does,
+ * without its implied blanks: NULL where it holds no value, the codes of that service where it cannot be read.
  *
  * This header is C11 and C++20.
  */
@@ -15,7 +15,7 @@
 extern "C" {
 #endif
 
-/* ---- One part of a date-time, int ------------------------------------------------------------------------------------------ */
+/* ---- One part of a date-time, int ---------------------------------------------------------------------------------------- */
 
 bop_fn_a byear_a_date;
 bop_fn_a bmonth_a_date;
@@ -37,9 +37,9 @@ bop_fn_a bmonthname_a_date;
 
 /* ---- EXTRACT(part, value) --------------------------------------------------------------------------------------------------
  *
- * part is an int constant, of which only the value is read: 1 year, 2 month, 3 day, 4 hour, 5 minute, 6 second, 7 fraction of an
- * interval in microseconds, 12 and 13 hour and minute of the zone. EC_INVALID_ARGUMENT, at the first row that is not NULL: the value
- * has no such part. */
+ * part is an int constant, of which only the value is read: 1 year, 2 month, 3 day, 4 hour, 5 minute, 6 second, 7 fraction of
+ * an interval in microseconds, 12 and 13 hour and minute of the zone. EC_INVALID_ARGUMENT, at the first row that is not NULL:
+ * the value has no such part. */
 bop_fn_va bextract_date_va_date;        /* date: 1 to 3, int */
 bop_fn_va bextract_time_va_date;        /* time: 4, 5, int */
 bop_fn_va bextract_time_tz_va_date;     /* time with zone: 4, 5, 12, 13, int */

@@ -138,8 +138,8 @@ bop_fn_aa bleast_aa_math_dec;
 bop_fn_av bleast_av_do_math_dec;
 bop_fn_va bleast_va_do_math_dec;
 
-/* to_char(x), result string. EC_DATA_OVERFLOW: a double of 1e126 or more, or an infinite one. A row that fails is cleared; in the
- * decimal form without a format row 0 is, whichever row failed. */
+/* to_char(x), result string. EC_DATA_OVERFLOW: a double of 1e126 or more, or an infinite one. A row that fails is cleared; in
+ * the decimal form without a format row 0 is, whichever row failed. */
 bop_fn_a bto_char_a_int_to_varchar;
 bop_fn_a bto_char_a_int64_to_varchar;
 bop_fn_a bto_char_a_double_to_varchar;
@@ -156,15 +156,15 @@ bop_fn_avv bto_char_avv_int64_to_varchar_with_nls;
 bop_fn_avv bto_char_avv_double_to_varchar_with_nls;
 bop_fn_avv bto_char_avv_dec_to_varchar_with_nls;
 
-/* bitand(x, y) of decimals in two's complement of 160 bits, their fractions cut off. A NULL constant counts by what stands in it.
- * EC_DATA_OVERFLOW: an operand of more than 40 integer digits, unless the constant is 0. */
+/* bitand(x, y) of decimals in two's complement of 160 bits, their fractions cut off. A NULL constant counts by what stands in
+ * it. EC_DATA_OVERFLOW: an operand of more than 40 integer digits, unless the constant is 0. */
 bop_fn_av bbit_and_for_dec_av;
 bop_fn_va bbit_and_for_dec_va;
 
 enum { BIFUN_HEX_DIGITS = 40 }; /* of an operand of bitand: one a byte, 0 to 15, the least significant first */
 
-/* Writes the digits of the magnitude of x's integer part, and their count, 1 to BIFUN_HEX_DIGITS; digits above the count stay as
- * they are. EC_DATA_OVERFLOW: it needs more; nothing is written. */
+/* Writes the digits of the magnitude of x's integer part, and their count, 1 to BIFUN_HEX_DIGITS; digits above the count stay
+ * as they are. EC_DATA_OVERFLOW: it needs more; nothing is written. */
 int32_t bbitand_dec_get_hex(uint8_t* digits, const xdec* x, int32_t* count);
 
 /* Turns count digits of a magnitude into their two's complement, all BIFUN_HEX_DIGITS of it. */

@@ -5,13 +5,13 @@
  * year-month (ivym) or day-time (ivdt). Its points may come in either order, and an interval may be negative. Two whole periods
  * overlap also where they touch in one instant.
  *
- * NULL. Of two date-times one may be NULL, and a row is NULL where both are; with intervals a row is NULL where a start is. What is
- * left of a period is a point. A start contains its point, an end does not; a period that was given by its second date-time alone
- * contains nothing but the instant itself where the other is whole. Against a first point alone the second one's missing partner
- * counts as what stands in its row or constant, so that these must be readable and mean nothing.
+ * NULL. Of two date-times one may be NULL, and a row is NULL where both are; with intervals a row is NULL where a start is.
+ * What is left of a period is a point. A start contains its point, an end does not; a period that was given by its second
+ * date-time alone contains nothing but the instant itself where the other is whole. Against a first point alone the second
+ * one's missing partner counts as what stands in its row or constant, so that these must be readable and mean nothing.
  *
- * A NULL row lowers all_valid to 0; nothing else stores it. Where the constants make up a period that makes every row NULL, all of
- * them are, also where there are none.
+ * A NULL row lowers all_valid to 0; nothing else stores it. Where the constants make up a period that makes every row NULL, all
+ * of them are, also where there are none.
  *
  * Errors: those of adding the interval, EC_DATE_OUT_OF_RANGE.
  *

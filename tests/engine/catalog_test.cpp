@@ -16,8 +16,8 @@
 namespace qzengine {
 namespace {
 
-// The exports that a plan calls, folded ones included: folding is told only in the reason, so the expression is planned with its
-// constants in columns.
+// The exports that a plan calls, folded ones included: folding is told only in the reason, so the expression is planned with
+// its constants in columns.
 TEST(Catalog, EveryEntryHasTwoExamplesWhoseResultsAreAsTold) {
     for (const Function& function : builtin_catalog().functions()) {
         EXPECT_GE(function.examples.size(), 2u) << signature(function);
@@ -83,7 +83,7 @@ TEST(Catalog, AnEntryThatContradictsItselfIsRefused) {
                  std::logic_error);
 }
 
-// ---- Casts ---------------------------------------------------------------------------------------------------------------------
+// ---- Casts ------------------------------------------------------------------------------------------------------------------
 
 TEST(Casts, EveryPairOfNumbersAndTextHasOne) {
     const ValueType types[] = {ValueType::kInt,    ValueType::kBigint, ValueType::kDecimal,

@@ -56,7 +56,7 @@ std::string types_of(const std::string& csv, const std::vector<TypeOverride>& ty
     return text;
 }
 
-// ---- Types -------------------------------------------------------------------------------------------------------------------------
+// ---- Types ------------------------------------------------------------------------------------------------------------------
 
 TEST(CsvTable, TypesFollowFromTheFields) {
     EXPECT_EQ(types_of("a,b,c,d\n1,1.5,1e3,x\n-2,2,1.5,\n"), "a:bigint b:decimal c:double d:string ");
@@ -158,7 +158,7 @@ TEST(CsvTable, AZonedFieldThatNamesNoZoneHasThatOfTheSession) {
               "2024-02-29 10:30:00 +00:00,2024-02-29 10:30:00 -03:30,2024-01-01 00:00:00 -03:30\n");
 }
 
-// ---- Formats -----------------------------------------------------------------------------------------------------------------------
+// ---- Formats ----------------------------------------------------------------------------------------------------------------
 
 constexpr const char* kOdd = "s,n,d\n\"a,\"\"b\"\"\n\",1,1.50\n\"\",,\n,-7,\nplain,0,-0.25\n";
 
@@ -201,7 +201,7 @@ TEST(CsvQuery, TablesAreAlignedByCharacters) {
     EXPECT_EQ(run("a\n1\n", {"a", {}, ResultFormat::kTable}).text, " a\n---\n 1\n(1 row)\n");
 }
 
-// ---- Many batches and threads ----------------------------------------------------------------------------------------------------
+// ---- Many batches and threads -----------------------------------------------------------------------------------------------
 
 // Three times as many rows as a batch can have, every value told by its row.
 std::string many_rows() {
@@ -280,7 +280,7 @@ TEST(CsvQuery, ASinkThatFailsEndsTheRun) {
     }
 }
 
-// ---- char(n) -----------------------------------------------------------------------------------------------------------------------
+// ---- char(n) ----------------------------------------------------------------------------------------------------------------
 
 TEST(CsvQuery, ACharIsWrittenWithoutItsBlanksAndAStringWithThem) {
     const std::string csv = "s,n\nab,1\nab   ,2\n\"ab  \",3\n     ,4\n\"\",5\n,6\n\"a\"\"b        \",7\n";
@@ -304,7 +304,7 @@ TEST(CsvQuery, ACharCountsCharactersNotBytes) {
               "line 2, column s: 'line\nbreak' has 10 characters, more than char(3); --type s=string reads the column as text");
 }
 
-// ---- Character sets ----------------------------------------------------------------------------------------------------------------
+// ---- Character sets ---------------------------------------------------------------------------------------------------------
 
 class EucKr {
   public:

@@ -209,7 +209,7 @@ TEST(CsvReader, OfSeveralFaultsTheFirstIsTold) {
     }
 }
 
-// ---- libcsv as the judge -------------------------------------------------------------------------------------------------------
+// ---- libcsv as the judge ----------------------------------------------------------------------------------------------------
 
 // What libcsv makes of the text; nothing when it refuses it.
 std::optional<std::vector<Row>> read_by_libcsv(const std::string& text) {
@@ -283,7 +283,7 @@ TEST(CsvReader, RandomBytesAreAnsweredOneWayOrTheOther) {
     }
 }
 
-// ---- The scan ------------------------------------------------------------------------------------------------------------------
+// ---- The scan ---------------------------------------------------------------------------------------------------------------
 
 TEST(CsvScan, MasksAreThoseOfTheObviousLoop) {
     std::mt19937 random(3);

@@ -1,5 +1,5 @@
-// Texts of dates and times by type: what each type needs, refuses and adds, and casts between them. That texts are split into the
-// right fields is the host's test; Python's datetime.isoformat gave the expected texts here.
+// Texts of dates and times by type: what each type needs, refuses and adds, and casts between them. That texts are split into
+// the right fields is the host's test; Python's datetime.isoformat gave the expected texts here.
 #include "engine/datetime_text.h"
 
 #include <gtest/gtest.h>
@@ -73,7 +73,7 @@ TEST(DatetimeText, ARecordThatIsNoValueIsWrittenAsItStands) {
     EXPECT_EQ(text(ValueType::kDatetimeTz), "2024-13-45 25:61:62.000000005 +2000 minutes");
 }
 
-// ---- Casts -----------------------------------------------------------------------------------------------------------------------
+// ---- Casts ------------------------------------------------------------------------------------------------------------------
 
 TEST(DatetimeText, ACastDropsWhatTheOtherTypeDoesNotHaveAndAddsWhatItHas) {
     const std::string moment = "CAST('2024-02-29 10:30:15.5 +08:00' AS datetime_tz)";
@@ -112,7 +112,7 @@ TEST(DatetimeText, BinaryDataIsReadAsBytesAndShownInDigits) {
     EXPECT_EQ(evaluate("b < CAST('a' AS binary), b", {column}), compared);
 }
 
-// ---- Comparison ------------------------------------------------------------------------------------------------------------------
+// ---- Comparison -------------------------------------------------------------------------------------------------------------
 
 TEST(DatetimeText, DatesAndTimesAreComparedInTheTypeThatHasMore) {
     EXPECT_EQ(evaluate_text("CAST('2024-02-29' AS date) = CAST('2024-02-29' AS datetime)"), "1");

@@ -58,7 +58,7 @@ TEST(Evaluator, RunsAreIndependentOfTheRunBefore) {
     EXPECT_EQ(evaluator.run(0), 0u);
 }
 
-// ---- Three-valued logic ------------------------------------------------------------------------------------------------------------
+// ---- Three-valued logic -----------------------------------------------------------------------------------------------------
 
 TEST(Evaluator, ThreeValuedLogicIsAsTheTablesHaveIt) {
     const TestColumn x{"x", kInt, {"1", "1", "1", "0", "0", "0", kNull, kNull, kNull}};
@@ -89,7 +89,7 @@ TEST(Evaluator, LogicOfConstantsIsFolded) {
     EXPECT_EQ(evaluate_text("NULL = NULL"), "NULL");
 }
 
-// ---- Comparisons -------------------------------------------------------------------------------------------------------------------
+// ---- Comparisons ------------------------------------------------------------------------------------------------------------
 
 TEST(Evaluator, EveryOperatorInEveryFormOfItsOperands) {
     const TestColumn x{"x", kBigint, {"1", "2", "3", kNull}};
@@ -127,7 +127,7 @@ TEST(Evaluator, StringsAreComparedAsIfFilledUpWithBlanks) {
     EXPECT_THAT(evaluate("s = '" + longer + "'", {s}), ElementsAre("1", "1", "0", "NULL"));
 }
 
-// ---- Failures ------------------------------------------------------------------------------------------------------------------
+// ---- Failures ---------------------------------------------------------------------------------------------------------------
 
 // Bigints of which the given rows are the lowest one, that has no magnitude.
 TestColumn with_lowest(uint32_t rows, std::initializer_list<uint32_t> lowest) {
@@ -224,8 +224,8 @@ TEST(Evaluator, ExhaustionOfMemoryIsBadAlloc) {
     EXPECT_GT(allocations, 5);
 }
 
-// overlaps compares with what stands in a NULL row. Two rows of the same batch size, one batch after the other: what the first left
-// in the vectors must not show in the second.
+// overlaps compares with what stands in a NULL row. Two rows of the same batch size, one batch after the other: what the first
+// left in the vectors must not show in the second.
 TEST(Evaluator, WhatANullRowHeldInAnEarlierBatchDoesNotShow) {
     const std::vector<TestColumn> columns{{"a", ValueType::kString, {"2024-03-01"}}, {"b", ValueType::kString, {std::nullopt}}};
     const Plan plan = plan_of("overlaps(CAST(a AS date), NULL, CAST(b AS date), DATE '2024-01-01')", columns);

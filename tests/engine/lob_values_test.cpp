@@ -30,7 +30,7 @@ std::string read_back(qz_env* env, const bdta3_colstr& locator) {
     return std::string(value);
 }
 
-// ---- Storage -----------------------------------------------------------------------------------------------------------------------
+// ---- Storage ----------------------------------------------------------------------------------------------------------------
 
 TEST(LobValues, ShortOnesStandInTheRowAndLongOnesTakeTheLongForm) {
     const Environment environment;
@@ -109,7 +109,7 @@ TEST(LobValues, ForPeopleTheyAreTheirValueOrTheirLength) {
     EXPECT_EQ(describe(load_constant(kBlob, vector.get(), 0)), "a blob of 2001 bytes");
 }
 
-// ---- Functions ---------------------------------------------------------------------------------------------------------------------
+// ---- Functions --------------------------------------------------------------------------------------------------------------
 
 // What the tests' exports are called with: the length of the value, and more than a million for a LOB.
 int32_t length_of(const bdta3_colstr& value, bool lob) {

@@ -20,7 +20,8 @@ using enum ValueType;
 const std::vector<TestColumn> kColumns{{"i", kInt, {}},   {"b", kBigint, {}}, {"d", kDecimal, {}},   {"f", kDouble, {}},
                                        {"r", kFloat, {}}, {"s", kString, {}}, {"odd Name", kInt, {}}};
 
-// ---- Exports of the tests' own: the result is a text of what they were called with, one digit for each argument ------------------
+// ---- Exports of the tests' own: the result is a text of what they were called with, one digit for each argument
+// ------------------
 
 int32_t first_int(const bdta3_col* vector) { return values_of<int32_t>(vector)[physical_row(vector, 0)]; }
 int32_t int_of(const bdta3_scalar* constant) { return reinterpret_cast<const bdta3_int*>(constant)->value; }
@@ -148,7 +149,7 @@ std::string error_of(std::string_view select, std::optional<std::string_view> wh
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 
-// ---- Overloads -------------------------------------------------------------------------------------------------------------------
+// ---- Overloads --------------------------------------------------------------------------------------------------------------
 
 TEST(Planner, TheOverloadOfTheArgumentsTypeIsTaken) {
     EXPECT_EQ(exports_of(plan_of("ceil(i)", kColumns)), "bceil_a_math_int");
@@ -197,7 +198,7 @@ TEST(Planner, OnlyTheColumnsThatAreReadAreListed) {
     EXPECT_TRUE(plan_of("1", kColumns).columns_read.empty());
 }
 
-// ---- Literals -------------------------------------------------------------------------------------------------------------------
+// ---- Literals ---------------------------------------------------------------------------------------------------------------
 
 TEST(Planner, ANumberTakesTheNarrowestTypeThatHoldsIt) {
     const auto type_of = [](std::string_view text) {
@@ -215,7 +216,7 @@ TEST(Planner, ANumberTakesTheNarrowestTypeThatHoldsIt) {
     EXPECT_EQ(type_of("TRUE"), "int");
 }
 
-// ---- Forms ----------------------------------------------------------------------------------------------------------------------
+// ---- Forms ------------------------------------------------------------------------------------------------------------------
 
 // The constant's type and how it is told.
 std::string literal_of(std::string_view text) {

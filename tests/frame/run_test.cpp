@@ -1,5 +1,5 @@
-// The frame under artificial workers, against a plain statement of its rules: every form of two arguments, every way a family may
-// treat NULLs, flags, stores and failures, with and without selections, around every block boundary.
+// The frame under artificial workers, against a plain statement of its rules: every form of two arguments, every way a family
+// may treat NULLs, flags, stores and failures, with and without selections, around every block boundary.
 #include "bop/frame/run.h"
 
 #include <gtest/gtest.h>

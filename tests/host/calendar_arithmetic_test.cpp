@@ -290,7 +290,8 @@ TEST(CalendarArithmetic, DifferencesAndSumsAreInverse) {
         ASSERT_EQ(text(out), text(b));
         ASSERT_EQ(datetime_sub_interval_dt(&b, &apart, &out), 0);
         ASSERT_EQ(text(out), text(a));
-        // A completed count of a unit does not pass b, and one unit more does; months only where no end of a month or gap interferes.
+        // A completed count of a unit does not pass b, and one unit more does; months only where no end of a month or gap
+        // interferes.
         for (const int32_t part : {4, 5, 6, 1, 2}) {
             if (part <= 2 && (a.day > 28 || b.day > 28 || (a.year == 1582 || b.year == 1582))) continue;
             int32_t count = 0;

@@ -165,7 +165,7 @@ TEST(Gb18030Characters, FourByteSequencesBySample) {
     }
 }
 
-// ---- Every service against the text cut by ICU, at the edge of an unreadable page ---------------------------------------------
+// ---- Every service against the text cut by ICU, at the edge of an unreadable page -------------------------------------------
 
 struct Cut {
     std::vector<std::string> pieces;

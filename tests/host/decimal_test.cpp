@@ -93,7 +93,7 @@ std::string trunc_of(std::string_view text, int32_t n) {
 const std::string kOverflow = std::to_string(EC_DATA_OVERFLOW);
 const std::string kInvalid = std::to_string(EC_INVALID_ARGUMENT);
 
-// ---- The form -----------------------------------------------------------------------------------------------------------------
+// ---- The form ---------------------------------------------------------------------------------------------------------------
 
 TEST(DecimalForm, PowersOfTwoHaveTheseBytes) {
     xdec value;
@@ -180,7 +180,7 @@ TEST(DecimalForm, WhatIsNotCanonical) {
     EXPECT_FALSE(spoiled([](xdec& v) { v.pairs[21] = 9; }));
 }
 
-// ---- Arithmetic -----------------------------------------------------------------------------------------------------------------
+// ---- Arithmetic -------------------------------------------------------------------------------------------------------------
 
 TEST(DecimalArithmetic, SumsKeepTheLargerScale) {
     EXPECT_EQ(apply(xdec_add, "1.5", "2.25"), "3.75");
@@ -300,7 +300,7 @@ TEST(DecimalArithmetic, DivisionBySixteen) {
     EXPECT_EQ(divided("1e50"), "6250000000000000000000000000000000000000000000000 rest 0");
 }
 
-// ---- Order -----------------------------------------------------------------------------------------------------------------------
+// ---- Order ------------------------------------------------------------------------------------------------------------------
 
 TEST(DecimalOrder, IsThatOfTheValues) {
     const std::vector<std::string> ascending = {"-1e125",  "-100000000000000000000",
@@ -343,7 +343,7 @@ TEST(DecimalOrder, LooksAtEveryPair) {
     EXPECT_EQ(xdec_cmp(&scaled, &plain), 0);
 }
 
-// ---- Rounding --------------------------------------------------------------------------------------------------------------------
+// ---- Rounding ---------------------------------------------------------------------------------------------------------------
 
 TEST(DecimalRounding, TiesGoAwayFromZero) {
     EXPECT_EQ(round_of("2.5", 0), "3");
@@ -420,7 +420,7 @@ TEST(DecimalRounding, CeilAndFloorGoByTheScale) {
     EXPECT_EQ(outwards(std::string(42, '9') + ".9"), "1" + std::string(42, '0') + " " + std::string(42, '9'));
 }
 
-// ---- Binary numbers --------------------------------------------------------------------------------------------------------------
+// ---- Binary numbers ---------------------------------------------------------------------------------------------------------
 
 TEST(DecimalNumbers, SignedIntegers) {
     for (const int64_t value : {int64_t{0}, int64_t{1}, int64_t{-1}, int64_t{99}, int64_t{100}, int64_t{-1000000000000},
@@ -579,7 +579,7 @@ TEST(DecimalNumbers, BinaryWords) {
     EXPECT_EQ(text_of(x), "-79228162514264337593543950336");
 }
 
-// ---- Text ------------------------------------------------------------------------------------------------------------------------
+// ---- Text -------------------------------------------------------------------------------------------------------------------
 
 TEST(DecimalText, WhatIsANumber) {
     EXPECT_EQ(text_of(dec("  42 ")), "42");
@@ -679,7 +679,7 @@ TEST(DecimalText, ZerosInFront) {
     EXPECT_EQ(shown("-" + ("0." + std::string(129, '0')) + "1" + std::string(41, '2') + "34", 126).size(), 300U);
 }
 
-// ---- Properties ------------------------------------------------------------------------------------------------------------------
+// ---- Properties -------------------------------------------------------------------------------------------------------------
 
 class DecimalProperties : public ::testing::Test {
   protected:
@@ -763,7 +763,7 @@ TEST_F(DecimalProperties, RoundingIsTruncationOfTheHalfMore) {
     }
 }
 
-// ---- Records that no service made --------------------------------------------------------------------------------------------------
+// ---- Records that no service made -------------------------------------------------------------------------------------------
 
 class DecimalHostile : public DecimalProperties {
   protected:

@@ -268,7 +268,7 @@ TEST_F(LobTest, ReleasedValuesAreGoneAndTheirLocatorsNameNothing) {
     }
 }
 
-// ---- Locators that nobody made ---------------------------------------------------------------------------------------------------
+// ---- Locators that nobody made ----------------------------------------------------------------------------------------------
 
 TEST_F(LobTest, LengthsAtTheLimits) {
     std::string locator = make(kLong, "x");

@@ -120,7 +120,7 @@ int32_t code_of(std::string_view name) {
     return name == "EC_NUMBER_TEXT_INVALID" ? EC_NUMBER_TEXT_INVALID : name == "EC_DATA_OVERFLOW" ? EC_DATA_OVERFLOW : 0;
 }
 
-// ---- The examples of docs/number-formats.md -----------------------------------------------------------------------------------
+// ---- The examples of docs/number-formats.md ---------------------------------------------------------------------------------
 
 TEST(NumberFormat, WritesTheDocumentedTexts) {
     const auto rows = documented_examples("number-formats.md", "| Number | Format | Text |");
@@ -162,7 +162,7 @@ TEST(NumberFormat, WritesTheDocumentedTextsOfNlsParameters) {
     }
 }
 
-// ---- Both ways against Python --------------------------------------------------------------------------------------------------
+// ---- Both ways against Python -----------------------------------------------------------------------------------------------
 
 TEST(NumberFormat, WritesAndReadsBackWhatPythonDoes) {
     const uint32_t seed = support::test_seed();
@@ -187,7 +187,7 @@ TEST(NumberFormat, WritesAndReadsBackWhatPythonDoes) {
     }
 }
 
-// ---- Formats ------------------------------------------------------------------------------------------------------------------
+// ---- Formats ----------------------------------------------------------------------------------------------------------------
 
 const std::vector<std::string> kElements = {"9",  "0",    ".",  ",",  "D",  "G",   "$",   "L", "C", "U", "S", "MI",
                                             "PR", "EEEE", "RN", "rn", "TM", "TM9", "TME", "V", "X", "x", "B", "FM"};
@@ -283,7 +283,7 @@ TEST(NumberFormat, DoesNotMindTheCaseOfElements) {
     EXPECT_EQ(write("255", "0xX"), "0ff");
 }
 
-// ---- Limits -------------------------------------------------------------------------------------------------------------------
+// ---- Limits -----------------------------------------------------------------------------------------------------------------
 
 TEST(NumberFormat, TakesSeventyFiveBytes) {
     const std::string digits(XDEC_FORMAT_MAX_BYTES, '9');
@@ -395,7 +395,7 @@ TEST(NumberFormat, ReadsAThousandBytes) {
     expect_refuses(std::string(1014, 'F'), "XX");
 }
 
-// ---- Every numeral -----------------------------------------------------------------------------------------------------------
+// ---- Every numeral ----------------------------------------------------------------------------------------------------------
 
 TEST(NumberFormat, ReadsEveryRomanNumeralAndNoOther) {
     const xdec_number_format roman = parse("FMRN").format;
@@ -429,7 +429,7 @@ TEST(NumberFormat, ReadsEveryRomanNumeralAndNoOther) {
     }
 }
 
-// ---- NLS parameters -----------------------------------------------------------------------------------------------------------
+// ---- NLS parameters ---------------------------------------------------------------------------------------------------------
 
 void expect_bad_nls(std::string_view nls) {
     xdec_number_format format;
@@ -523,7 +523,7 @@ TEST(NumberFormat, KnowsTheCurrenciesOfTerritories) {
     EXPECT_EQ(code_of_territory("THE NETHERLANDS"), "EUR");
 }
 
-// ---- The one-step services ------------------------------------------------------------------------------------------------------
+// ---- The one-step services --------------------------------------------------------------------------------------------------
 
 TEST(NumberFormat, WritesAndReadsInOneStep) {
     const xdec number = decimal("-1234.567");
@@ -570,7 +570,7 @@ TEST(NumberFormat, TellsTheFormatsThatAreForDatesToo) {
     }
 }
 
-// ---- Hostile arguments ------------------------------------------------------------------------------------------------------------
+// ---- Hostile arguments ------------------------------------------------------------------------------------------------------
 
 TEST(NumberFormat, SurvivesAnyFormatTextAndDecimal) {
     const uint32_t seed = support::test_seed();

@@ -37,7 +37,7 @@ struct Prepared {
     uint32_t limit;
 };
 
-// ---- Tables, against their definitions -------------------------------------------------------------------------------------------
+// ---- Tables, against their definitions --------------------------------------------------------------------------------------
 
 uint32_t good_suffix_shift(const std::string& pattern, size_t i) {
     const size_t m = pattern.size();
@@ -85,7 +85,7 @@ TEST(SearchTables, PatternLongerThanAString) {
     EXPECT_EQ(longest.bmgs[32766], 32767u) << "no other byte stands before the last";
 }
 
-// ---- The three byte searches ---------------------------------------------------------------------------------------------------
+// ---- The three byte searches ------------------------------------------------------------------------------------------------
 
 std::vector<size_t> slow_places(std::string_view text, std::string_view pattern) {
     std::vector<size_t> places;
@@ -157,7 +157,7 @@ TEST(ByteSearch, WrongTablesStayInside) {
     }
 }
 
-// ---- Services, against a search that compares characters -------------------------------------------------------------------------
+// ---- Services, against a search that compares characters --------------------------------------------------------------------
 
 struct Case {
     std::string text;

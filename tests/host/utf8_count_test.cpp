@@ -1,4 +1,5 @@
-// The ways in which UTF-8 is counted, each against the walk from character to character: the library takes one of them by the machine.
+// The ways in which UTF-8 is counted, each against the walk from character to character: the library takes one of them by the
+// machine.
 #include <gtest/gtest.h>
 
 #include <random>

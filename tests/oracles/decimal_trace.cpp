@@ -1,5 +1,5 @@
-// Prints random operations of the decimal services with their operands and results, a line each, for decimal_oracle.py to check.
-// Usage: decimal_trace COUNT SEED. Decimals are printed as the 60 hexadecimal digits of their record.
+// Prints random operations of the decimal services with their operands and results, a line each, for decimal_oracle.py to
+// check. Usage: decimal_trace COUNT SEED. Decimals are printed as the 60 hexadecimal digits of their record.
 
 #include <array>
 #include <bit>

@@ -16,7 +16,7 @@ namespace {
 
 constexpr size_t kMessages = 6;
 
-// ---- What is expected of each row -----------------------------------------------------------------------------------------------
+// ---- What is expected of each row -------------------------------------------------------------------------------------------
 
 // The valid bytes that a row may have.
 struct ByteSet {
@@ -213,7 +213,7 @@ class Expectation {
     std::optional<size_t> failed_;
 };
 
-// ---- Laying vectors out ------------------------------------------------------------------------------------------------------------
+// ---- Laying vectors out -----------------------------------------------------------------------------------------------------
 
 // Row numbers 0 to physical-1 in some order, of which the first n are taken.
 std::vector<uint16_t> permutation(size_t n, size_t physical, uint64_t seed) {
@@ -255,7 +255,7 @@ Vector lay_out(Host& host, const Batch& batch, size_t j) {
     return vector;
 }
 
-// ---- The call ----------------------------------------------------------------------------------------------------------------------
+// ---- The call ---------------------------------------------------------------------------------------------------------------
 
 // Calls function with the argument types that its form tells.
 template <class... Done>

@@ -29,7 +29,7 @@ T to_number(std::string_view word, const char* what) {
     return value;
 }
 
-// ---- Words -------------------------------------------------------------------------------------------------------------------
+// ---- Words ------------------------------------------------------------------------------------------------------------------
 
 // Splits a line at blanks; quotes and braces hold a word together, a comma is a word of its own, # opens a comment.
 std::vector<std::string> split(std::string_view line) {
@@ -100,7 +100,7 @@ size_t find_outside_quotes(std::string_view word, char c) {
     return found;
 }
 
-// ---- Values and outcomes --------------------------------------------------------------------------------------------------------
+// ---- Values and outcomes ----------------------------------------------------------------------------------------------------
 
 Cell parse_value(const ValueType& type, std::string_view word) {
     Cell cell;
@@ -225,7 +225,7 @@ Outcome parse_outcome(Words& words, const ValueType& result) {
     return outcome;
 }
 
-// ---- Rules ---------------------------------------------------------------------------------------------------------------------
+// ---- Rules ------------------------------------------------------------------------------------------------------------------
 
 using Change = void (*)(Rules&);
 struct RuleWord {
@@ -324,7 +324,7 @@ void parse_rule(Words& words, const std::vector<CaseForm*>& forms) {
     if (taken == 0) throw Malformed("rule " + rule + " does not know: " + (words.done() ? "(nothing)" : words.peek()));
 }
 
-// ---- Settings ------------------------------------------------------------------------------------------------------------------
+// ---- Settings ---------------------------------------------------------------------------------------------------------------
 
 constexpr std::array<std::pair<std::string_view, uint32_t>, 11> kParameters = {{
     {"LOB_SEARCH_READ_KB", LOB_SEARCH_READ_KB},
@@ -383,7 +383,7 @@ void parse_setting(Words& words, Settings& settings) {
     }
 }
 
-// ---- Lines ---------------------------------------------------------------------------------------------------------------------
+// ---- Lines ------------------------------------------------------------------------------------------------------------------
 
 class Reader {
   public:

@@ -15,7 +15,7 @@
 namespace support {
 namespace {
 
-// ---- quotient(bigint, bigint), right or with one fault --------------------------------------------------------------------------
+// ---- quotient(bigint, bigint), right or with one fault ----------------------------------------------------------------------
 
 enum class Fault {
     none,
@@ -247,7 +247,7 @@ TEST(CaseRunner, SeesWrongExpectations) {
     EXPECT_TRUE(fails("rules failure first\n8 0 -> error EC_INVALID_ARGUMENT stack quotient_process, self\n7 0 -> 3"));
 }
 
-// ---- echo(str): texts -------------------------------------------------------------------------------------------------------------
+// ---- echo(str): texts -------------------------------------------------------------------------------------------------------
 
 enum class TextFault { none, blank_dropped, cut, keeps_memory, writes_argument, forgets_exhaustion, other_code, leaks_scratch };
 
@@ -310,7 +310,7 @@ TEST(CaseRunner, SeesHowAFunctionMeetsExhaustion) {
     EXPECT_TRUE(says(replay_echo<TextFault::leaks_scratch>(), "memory is out of balance"));
 }
 
-// ---- LOBs, and arguments beside the frame -------------------------------------------------------------------------------------------
+// ---- LOBs, and arguments beside the frame -----------------------------------------------------------------------------------
 
 // The length of a LOB, times an int by value, plus the argument behind nrows.
 int32_t scaled_length(qz_env*, rt_memobj*, bdta3_col* x, int32_t factor, bdta3_col* result, uint32_t nrows, int32_t extra) {
@@ -340,7 +340,7 @@ TEST(CaseRunner, KnowsLobsAndArgumentsBesideTheFrame) {
     EXPECT_NE(replay_all("function scaled_length(clob, int) -> bigint  ai:8=scaled_length\n'abc' 2 -> 13\n", functions), "");
 }
 
-// ---- pick(int, bigint, bigint): a function with NULL rules of its own -----------------------------------------------------------------
+// ---- pick(int, bigint, bigint): a function with NULL rules of its own -------------------------------------------------------
 
 // x where the condition's element is 1, y elsewhere; the condition's valid byte is not read, and the flag is only lowered.
 int32_t pick_avv(qz_env*, rt_memobj*, bdta3_col* condition, bdta3_scalar* x, bdta3_scalar* y, bdta3_col* result,
@@ -371,7 +371,7 @@ TEST(CaseRunner, KnowsNullRulesOfTheirOwn) {
     EXPECT_NE(replay_all((head + "1 NULL:5 20 -> 5\n").c_str(), functions), "");
 }
 
-// ---- A check before the rows ---------------------------------------------------------------------------------------------------------
+// ---- A check before the rows ------------------------------------------------------------------------------------------------
 
 // scale(bigint, bigint) by a constant: 0 fails at once, a NULL makes all rows NULL, otherwise the product.
 int32_t scale_av(qz_env* env, rt_memobj*, bdta3_col* x, bdta3_scalar* y, bdta3_col* result, uint32_t nrows) {

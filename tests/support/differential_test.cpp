@@ -14,7 +14,7 @@
 namespace support {
 namespace {
 
-// ---- Larger of two doubles; of a root of a negative one, a failure ---------------------------------------------------------------
+// ---- Larger of two doubles; of a root of a negative one, a failure ----------------------------------------------------------
 
 enum class Fault { none, nan_other_way, zero_other_way, bytes_as_booleans, selection_ignored, flag_from_rows };
 
@@ -86,7 +86,7 @@ TEST(Differential, SeesFaults) {
     EXPECT_NE(run_larger<Fault::flag_from_rows>(), "");
 }
 
-// ---- Failures ------------------------------------------------------------------------------------------------------------------------
+// ---- Failures ---------------------------------------------------------------------------------------------------------------
 
 int32_t root_a(qz_env* env, rt_memobj*, bdta3_col* x, bdta3_col* result, uint32_t nrows) {
     for (uint32_t i = 0; i < nrows; ++i) {
@@ -120,7 +120,7 @@ TEST(Differential, KnowsFailures) {
     EXPECT_NE(differential.run(root({"root_process", "self"}, std::nullopt)), "");
 }
 
-// ---- NULL rules of their own ---------------------------------------------------------------------------------------------------------
+// ---- NULL rules of their own ------------------------------------------------------------------------------------------------
 
 int32_t first_av(qz_env*, rt_memobj*, bdta3_col* x, bdta3_scalar* y, bdta3_col* result, uint32_t nrows) {
     const auto* other = reinterpret_cast<const bdta3_dec*>(y);
@@ -151,7 +151,7 @@ TEST(Differential, KnowsNullRulesOfTheirOwn) {
               "");
 }
 
-// ---- Random values -------------------------------------------------------------------------------------------------------------------
+// ---- Random values ----------------------------------------------------------------------------------------------------------
 
 TEST(RandomValues, MeetTheEdges) {
     Random random(test_seed());

@@ -104,7 +104,7 @@ class Integer : public ValueType {
     std::string print(const Cell& cell) const override { return std::to_string(from_cell<T>(cell)); }
 };
 
-// ---- Floating point: the same bits, NaN by being one -----------------------------------------------------------------------------
+// ---- Floating point: the same bits, NaN by being one ------------------------------------------------------------------------
 
 template <class T>
 class Floating : public ValueType {
@@ -154,7 +154,7 @@ class Floating : public ValueType {
     }
 };
 
-// ---- Decimals: the same value and the same scale ---------------------------------------------------------------------------------
+// ---- Decimals: the same value and the same scale ----------------------------------------------------------------------------
 
 class Decimal : public ValueType {
   public:
@@ -187,7 +187,7 @@ class Decimal : public ValueType {
     }
 };
 
-// ---- Date-times and intervals ------------------------------------------------------------------------------------------------------
+// ---- Date-times and intervals -----------------------------------------------------------------------------------------------
 
 // The numbers of {1,2,3}; false for anything else.
 bool parse_numbers(std::string_view word, size_t count, std::array<int64_t, 8>& numbers) {
@@ -293,7 +293,7 @@ class Interval : public ValueType {
     static constexpr size_t kWords = sizeof(T) / 4;
 };
 
-// ---- Texts -----------------------------------------------------------------------------------------------------------------------
+// ---- Texts ------------------------------------------------------------------------------------------------------------------
 
 class TextType : public ValueType {
   public:
@@ -347,8 +347,8 @@ class TextType : public ValueType {
     static std::string written_out(const Cell& cell) { return cell.bytes + std::string(cell.blank, ' '); }
 };
 
-// A LOB is written as its data: 'text' or in_row:'text' in the locator, short:'text' and long:'text' in the environment's store;
-// locator:x'...' is a locator as it stands. In a result, the text that the row holds.
+// A LOB is written as its data: 'text' or in_row:'text' in the locator, short:'text' and long:'text' in the environment's
+// store; locator:x'...' is a locator as it stands. In a result, the text that the row holds.
 class LobType : public TextType {
   public:
     using TextType::TextType;
@@ -370,7 +370,7 @@ class LobType : public TextType {
 
 }  // namespace
 
-// ---- What the types have in common ---------------------------------------------------------------------------------------------
+// ---- What the types have in common ------------------------------------------------------------------------------------------
 
 bool ValueType::same(const Cell& expected, const Cell& actual, const Tolerance&) const {
     return expected.bytes == actual.bytes;

@@ -83,13 +83,14 @@ class ValueType {
     bool is_text_;
 };
 
-// The type of that name (int, bigint, double, float, dec, datetime, interval_ym, interval_dt, str, bin, clob, blob); null for another.
+// The type of that name (int, bigint, double, float, dec, datetime, interval_ym, interval_dt, str, bin, clob, blob); null for
+// another.
 const ValueType* find_value_type(std::string_view name);
 
 // "41 42": bytes in hexadecimal, for messages; long ones are shortened.
 std::string print_bytes(std::string_view bytes);
 
-// ---- C++ types as cells --------------------------------------------------------------------------------------------------------
+// ---- C++ types as cells -----------------------------------------------------------------------------------------------------
 
 // A text with implied blanks.
 struct Text {

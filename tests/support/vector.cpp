@@ -28,7 +28,7 @@ std::string stored_bytes(const ValueType& type, const Cell& cell, Host* host) {
 
 }  // namespace
 
-// ---- Vector ------------------------------------------------------------------------------------------------------------------
+// ---- Vector -----------------------------------------------------------------------------------------------------------------
 
 void Vector::Destroy::operator()(bdta3_col* col) const {
     col->sel = nullptr;
@@ -148,7 +148,7 @@ std::string Vector::changed() const {
     return "";
 }
 
-// ---- Constant ----------------------------------------------------------------------------------------------------------------
+// ---- Constant ---------------------------------------------------------------------------------------------------------------
 
 Constant::Constant(const ValueType& type, const Cell& cell, Host* host) : record_(type.constant_size(), kNullPattern) {
     uint8_t* record = record_.data();

@@ -14,8 +14,8 @@ namespace qzeval {
 // Every failure is an OutputError.
 class Output {
   public:
-    // Standard output for an empty path. A regular file is written beside itself and takes its place in finish; what a path names
-    // otherwise, such as a device, is written as it is. A signal that ends the program removes the unfinished file.
+    // Standard output for an empty path. A regular file is written beside itself and takes its place in finish; what a path
+    // names otherwise, such as a device, is written as it is. A signal that ends the program removes the unfinished file.
     explicit Output(std::string path);
     ~Output();  // removes what was not finished
     Output(const Output&) = delete;

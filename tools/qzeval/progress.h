@@ -12,8 +12,8 @@
 
 namespace qzeval {
 
-// Written to standard error, if that is a terminal and standard output is not the same for rows: from the second second of a run
-// on, a few times each second.
+// Written to standard error, if that is a terminal and standard output is not the same for rows: from the second second of a
+// run on, a few times each second.
 class ProgressLine {
   public:
     // total: bytes of the input, if known.

@@ -58,10 +58,10 @@ enum {
     HOST_PART_MICROSECOND = 14
 };
 
-/* ---- Days: the arithmetic below all others ---------------------------------------------------------------------------------- */
+/* ---- Days: the arithmetic below all others ------------------------------------------------------------------------------- */
 
-/* Days from 0000-01-01 to a date, each fourth year having its leap day: the Julian calendar without an end. Year -32768 to 32767,
- * month 0 to 255, day within 1000 million; what is no date has a number all the same. */
+/* Days from 0000-01-01 to a date, each fourth year having its leap day: the Julian calendar without an end. Year -32768 to
+ * 32767, month 0 to 255, day within 1000 million; what is no date has a number all the same. */
 inline int32_t host_julian_number(int32_t year, int32_t month, int32_t day) {
     /* The year begins in March, so that the leap day ends it. January and February have the last numbers. */
     static const uint16_t kDaysBefore[16] = {0, 306, 337, 0, 31, 61, 92, 122, 153, 184, 214, 245, 275, 0, 0, 0};
@@ -101,8 +101,8 @@ typedef struct host_march_year {
 } host_march_year;
 extern const host_march_year host_days_from_march;
 
-/* Sets year, month and day of a record from the days since March 1 of year -32800, each fourth year having its leap day; the other
- * fields stay. 10 to 17 million. */
+/* Sets year, month and day of a record from the days since March 1 of year -32800, each fourth year having its leap day; the
+ * other fields stay. 10 to 17 million. */
 inline void host_set_julian_count(qztime* value, uint32_t julian) {
     const uint32_t year = (4 * julian + 3) / 1461;            /* from March; 28088 to 42799 */
     const uint32_t day_of_year = julian - (1461 * year >> 2); /* 0 to 365; January and February from 306 on */
@@ -123,11 +123,11 @@ inline void host_set_day_number(qztime* value, int32_t number) {
 /* host_day_number_adjusted of n records, several times as fast as one after the other. */
 void host_day_numbers(int32_t* numbers, uint32_t n, const qztime* dates);
 
-/* Copies n records, with the dates of day numbers between HOST_DAY_MIN and HOST_DAY_MAX. A number outside gives no date, harmlessly.
- * out may be source. */
+/* Copies n records, with the dates of day numbers between HOST_DAY_MIN and HOST_DAY_MAX. A number outside gives no date,
+ * harmlessly. out may be source. */
 void host_set_day_numbers(qztime* out, uint32_t n, const qztime* source, const int32_t* numbers);
 
-/* ---- Record access ---------------------------------------------------------------------------------------------------------- */
+/* ---- Record access ------------------------------------------------------------------------------------------------------- */
 
 inline int32_t qztime_get_year(const qztime* value) { return value->year; }
 inline int32_t qztime_get_month(const qztime* value) { return value->month; }
@@ -197,7 +197,7 @@ inline int32_t qztime_encode(qztime* value, int32_t year, int32_t month, int32_t
     return 0;
 }
 
-/* ---- The gap ---------------------------------------------------------------------------------------------------------------- */
+/* ---- The gap ------------------------------------------------------------------------------------------------------------- */
 
 /* 0 when the date lies in the gap, 1 otherwise. */
 inline int32_t qztime_cmp_with_glgl(int32_t year, int32_t month, int32_t day) {
@@ -214,7 +214,7 @@ inline int32_t qztime_glgl_need_adjust_for_w(const qztime* value) {
     return value->year == 1582 && (value->month > 10 || (value->month == 10 && value->day >= 15));
 }
 
-/* ---- Comparison ------------------------------------------------------------------------------------------------------------- */
+/* ---- Comparison ---------------------------------------------------------------------------------------------------------- */
 
 /* Year to second as one number in order of time, any bits. */
 inline uint64_t host_second_key(const qztime* value) {
@@ -227,8 +227,9 @@ inline uint64_t host_second_key(const qztime* value) {
 /* qztime_cmp of two records whose zones differ. */
 int32_t host_cmp_across_zones(const qztime* a, const qztime* b);
 
-/* -1 when a comes before b, 1 when it comes after, 0 when neither, to the nanosecond. Two values with different zones are compared as instants; a
- * value without a zone counts as UTC then, so that the same fields with tz 0 and with TZ_NONE are equal. */
+/* -1 when a comes before b, 1 when it comes after, 0 when neither, to the nanosecond. Two values with different zones are
+ * compared as instants; a value without a zone counts as UTC then, so that the same fields with tz 0 and with TZ_NONE are
+ * equal. */
 inline int32_t qztime_cmp(const qztime* a, const qztime* b) {
     const uint64_t key_a = host_second_key(a), key_b = host_second_key(b);
     const uint32_t fraction_a = a->fraction, fraction_b = b->fraction;
@@ -240,8 +241,8 @@ inline int32_t qztime_cmp(const qztime* a, const qztime* b) {
 }
 
 /* Compares the fields from part code field down to the fraction (1 year, 2 month ... 6 second, 7 fraction). The sign is that of
- * "time left": -1 when a's fields lie later than b's, 1 when they lie earlier, 0 when they are equal. So a count of years from a
- * to b that is positive is one too many when the months and what follows compare -1. Any other field: 0. Zones play no part. */
+ * "time left": -1 when a's fields lie later than b's, 1 when they lie earlier, 0 when they are equal. So a count of years from
+ * a to b that is positive is one too many when the months and what follows compare -1. Any other field: 0. Zones play no part. */
 inline int32_t qztime_compare(const qztime* a, const qztime* b, int32_t field) {
     if (field < HOST_PART_YEAR || field > HOST_PART_MILLISECOND) return 0;
     const uint32_t unused_bits =
@@ -252,7 +253,7 @@ inline int32_t qztime_compare(const qztime* a, const qztime* b, int32_t field) {
     return (order > 0) - (order < 0);
 }
 
-/* ---- Days and weeks --------------------------------------------------------------------------------------------------------- */
+/* ---- Days and weeks ------------------------------------------------------------------------------------------------------ */
 
 /* a minus b in days of the calendar; the time of day plays no part. A date in the gap counts as 1582-10-15. */
 inline int32_t qztime_diff_day(const qztime* a, const qztime* b) {
@@ -272,8 +273,8 @@ inline int32_t qztime_day_of_week(const qztime* value) {
     return (int32_t)(from_sunday % 7);
 }
 
-/* Days from January 1 of the same year, which is 1. 1582 is ten days short: its October 15 is day 278, its last day 355. A date in
- * the gap counts as October 15. */
+/* Days from January 1 of the same year, which is 1. 1582 is ten days short: its October 15 is day 278, its last day 355. A date
+ * in the gap counts as October 15. */
 inline int32_t qztime_day_of_year(const qztime* value) {
     static const uint16_t kDaysBefore[16] = {0, 0, 31, 59, 90, 120, 151, 181, 212, 243, 273, 304, 334, 0, 0, 0};
     const int32_t day = kDaysBefore[value->month & 15] + value->day + ((value->month > 2) & host_is_leap_year(value->year));
@@ -281,8 +282,8 @@ inline int32_t qztime_day_of_year(const qztime* value) {
     return day < 288 ? 278 : day - 10;
 }
 
-/* Week of the year: week 1 holds January 1, a week begins on Sunday, so the first and the last week of a year may be short. 1 to
- * 54. In 1582 the weeks follow the weekdays across the cut-over. */
+/* Week of the year: week 1 holds January 1, a week begins on Sunday, so the first and the last week of a year may be short. 1
+ * to 54. In 1582 the weeks follow the weekdays across the cut-over. */
 inline int32_t qztime_week_for_datepart(const qztime* value) {
     /* The Sunday on or before the date lies so many days behind January 1; -6 to 365, or up to 586. */
     const int32_t sunday = qztime_day_of_year(value) - 1 - qztime_day_of_week(value);
@@ -294,8 +295,8 @@ inline int32_t qztime_week_for_datepart(const qztime* value) {
  * ones in EUC-KR (2) and in UTF-8. Blanks around the name do not count. */
 int32_t qztime_convert_weekday(uint32_t charset_code, const char* name);
 
-/* Brings a month outside 1 to 12 into the range, carrying into the year. zero is always 0. A year that would leave 32 bits stays at
- * the end of them, where no calendar reaches. */
+/* Brings a month outside 1 to 12 into the range, carrying into the year. zero is always 0. A year that would leave 32 bits
+ * stays at the end of them, where no calendar reaches. */
 inline void qztime_format_date(int32_t* year, int32_t* month, int32_t zero) {
     const int64_t years = 1 << 28;                               /* make the months positive */
     const uint64_t months = (uint64_t)(12 * years + *month - 1); /* 1.07e9 to 5.37e9 */
@@ -309,8 +310,8 @@ inline void qztime_format_date(int32_t* year, int32_t* month, int32_t zero) {
 int64_t host_count_days_from_zero(int32_t year, int32_t month, int32_t day);
 
 /* Number of a date for composition, where a day beyond the month's end carries, and a month too: the day numbers above up to
- * 1582-10-04, but the gap counts, 1582-10-05 being 578103 and 1582-10-15 578113, so that the days of October 1582 lie one number
- * apart. Any fields. */
+ * 1582-10-04, but the gap counts, 1582-10-05 being 578103 and 1582-10-15 578113, so that the days of October 1582 lie one
+ * number apart. Any fields. */
 inline int64_t qztime_calc_n_days_from_zero(int32_t year, int32_t month, int32_t day) {
     if (year < HOST_YEAR_MIN || year > HOST_YEAR_MAX || month < 1 || month > 12 || day < 1 || day > 31) {
         return host_count_days_from_zero(year, month, day);
@@ -318,7 +319,8 @@ inline int64_t qztime_calc_n_days_from_zero(int32_t year, int32_t month, int32_t
     return host_day_number_of(year, month, day) + (host_julian_number(year, month, day) >= HOST_DAY_CUTOVER + 10 ? 10 : 0);
 }
 
-/* The inverse; the date may lie in the gap. EC_DATE_OUT_OF_RANGE outside -4712-01-01 to 9999-12-31, and nothing is written then. */
+/* The inverse; the date may lie in the gap. EC_DATE_OUT_OF_RANGE outside -4712-01-01 to 9999-12-31, and nothing is written
+ * then. */
 inline int32_t qztime_get_date_by_ndays_from_zero(int64_t number, int32_t* year, int32_t* month, int32_t* day) {
     if (number < HOST_DAY_MIN || number > HOST_DAY_MAX + 10) return EC_DATE_OUT_OF_RANGE;
     qztime date;
@@ -331,7 +333,7 @@ inline int32_t qztime_get_date_by_ndays_from_zero(int64_t number, int32_t* year,
     return 0;
 }
 
-/* ---- Arithmetic ------------------------------------------------------------------------------------------------------------- */
+/* ---- Arithmetic ---------------------------------------------------------------------------------------------------------- */
 
 /* Below, out may be the record itself. A date in the gap counts as 1582-10-15, and a result that falls into the gap becomes
  * 1582-10-15. 0, EC_DATE_OUT_OF_RANGE, EC_INVALID_ARGUMENT. */
@@ -358,8 +360,8 @@ inline int32_t qztime_add_by_fmt(const qztime* value, int32_t part, int64_t coun
 /* qztime_date_add_number of a number with a fraction, within the length of the calendar. */
 int32_t host_add_part_of_days(const qztime* value, double days, qztime* out);
 
-/* Adds days; a fraction of a day counts to the nearest second, half a second away from zero, and the value keeps its own fraction
- * of a second. Infinities and NaN: EC_DATE_OUT_OF_RANGE. */
+/* Adds days; a fraction of a day counts to the nearest second, half a second away from zero, and the value keeps its own
+ * fraction of a second. Infinities and NaN: EC_DATE_OUT_OF_RANGE. */
 inline int32_t qztime_date_add_number(const qztime* value, double days, qztime* out) {
     const double most = HOST_DAY_MAX - HOST_DAY_MIN + 1;
     if (!(days > -most && days < most)) return EC_DATE_OUT_OF_RANGE; /* NaN too */
@@ -367,8 +369,8 @@ inline int32_t qztime_date_add_number(const qztime* value, double days, qztime* 
     return days == whole ? host_add_days(value, whole, out) : host_add_part_of_days(value, days, out);
 }
 
-/* add_months: from the last day of a month to the last of another, 2024-02-29 plus one month being 2024-03-31; any other day stays, or becomes
- * the last of a shorter month. The time of day is kept. The interval's years and months are added up. */
+/* add_months: from the last day of a month to the last of another, 2024-02-29 plus one month being 2024-03-31; any other day
+ * stays, or becomes the last of a shorter month. The time of day is kept. The interval's years and months are added up. */
 int32_t qztime_date_add_iv_ym(const qztime* value, const qz_interval_ym* interval, qztime* out);
 
 /* Adds or subtracts a year-month interval: the day stays, or becomes the last of a shorter month; 2024-02-29 plus one month is
@@ -380,9 +382,9 @@ int32_t datetime_sub_interval_ym(const qztime* value, const qz_interval_ym* inte
 int32_t datetime_add_interval_dt(const qztime* value, const qz_interval_dt* interval, qztime* out);
 int32_t datetime_sub_interval_dt(const qztime* value, const qz_interval_dt* interval, qztime* out);
 
-/* Counts the completed units of a part from first to second, positive when second is later: 1 year, 2 month, 3, 9, 11 day, 4 hour,
- * 5 minute, 6 second, 7 millisecond, 8 quarter, 10 week, 14 microsecond. Fields count as they stand, zones play no part; weeks are
- * counted by their Sundays. Other codes: EC_INVALID_ARGUMENT. A count that 32 bits do not hold: EC_DATA_OVERFLOW. */
+/* Counts the completed units of a part from first to second, positive when second is later: 1 year, 2 month, 3, 9, 11 day, 4
+ * hour, 5 minute, 6 second, 7 millisecond, 8 quarter, 10 week, 14 microsecond. Fields count as they stand, zones play no part;
+ * weeks are counted by their Sundays. Other codes: EC_INVALID_ARGUMENT. A count that 32 bits do not hold: EC_DATA_OVERFLOW. */
 int32_t qztime_parse_datediff(int32_t part, const qztime* first, const qztime* second, int32_t* result);
 
 #ifdef __cplusplus

@@ -5,8 +5,9 @@
  * number counts as 1. A text is a range of bytes without a terminator, and all lengths are in bytes unless told otherwise. No
  * service reads outside the range that it is given.
  *
- * What a character is, in all services but qz_mb_char_get_len: the shortest well-formed sequence of the character set. A byte that
- * begins none is malformed and counts as one character of its own; so does every byte of a sequence that the range cuts off.
+ * What a character is, in all services but qz_mb_char_get_len: the shortest well-formed sequence of the character set. A byte
+ * that begins none is malformed and counts as one character of its own; so does every byte of a sequence that the range cuts
+ * off.
  *   UTF-8    well-formed as in the Unicode standard: no overlong form, no surrogate, nothing above U+10FFFF.
  *   GB18030  00-7F; 81-FE with 40-7E or 80-FE; 81-FE, 30-39, 81-FE, 30-39. Bytes 80 and FF begin nothing.
  *   EUC-KR   00-7F; A1-FE with A1-FE.
@@ -25,7 +26,7 @@ extern "C" {
 /* What the services that answer a length or an offset answer when there is none. */
 #define QZ_MB_NONE 0xFFFFFFFFu
 
-/* ---- Counting -------------------------------------------------------------------------------------------------------------- */
+/* ---- Counting ------------------------------------------------------------------------------------------------------------ */
 
 /* Number of characters in the range. */
 uint32_t qz_mbstrlen_ex(const char* text, uint32_t len);
@@ -42,7 +43,7 @@ uint32_t qz_mbstrlen_end(const char* text, uint32_t len, uint32_t* out_tail);
 /* Nonzero when the text holds a character longer than one byte. */
 int32_t qz_translate_from_str_has_mb(const char* text, uint32_t len);
 
-/* ---- Moving ---------------------------------------------------------------------------------------------------------------- */
+/* ---- Moving -------------------------------------------------------------------------------------------------------------- */
 
 /* The second character; NULL when the first is the last, or there is none. */
 const char* qz_mbsinc_ex(const char* text, uint32_t len);
@@ -55,7 +56,7 @@ const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* 
  * NULL: a malformed byte is passed as a character. */
 const char* qz_mbsninc_count_ex(const char* text, uint32_t len, uint32_t n, uint32_t m, uint32_t* out_bytes);
 
-/* ---- Measuring ------------------------------------------------------------------------------------------------------------- */
+/* ---- Measuring ----------------------------------------------------------------------------------------------------------- */
 
 /* Byte length of the first n characters; len when the text has fewer. */
 uint32_t qz_mbget_bytelen(const char* text, uint32_t len, uint32_t n);
@@ -67,20 +68,20 @@ uint32_t qz_mbget_byte_offset(const char* text, uint32_t len, uint32_t n);
  * len itself cuts off goes too. */
 void qz_mbget_valid_chars(const char* text, uint32_t len, uint32_t* out_chars, uint32_t* in_out_bytes);
 
-/* Byte length that the character at text should have, by its lead byte alone; 1 for a byte that begins nothing. GB18030 needs the
- * second byte to tell two from four: that byte is read behind a lead byte, so the range must have it. Where it may not, take
- * qz_mb_char_get_len_ex. */
+/* Byte length that the character at text should have, by its lead byte alone; 1 for a byte that begins nothing. GB18030 needs
+ * the second byte to tell two from four: that byte is read behind a lead byte, so the range must have it. Where it may not,
+ * take qz_mb_char_get_len_ex. */
 uint32_t qz_mb_char_get_len(const char* text);
 
 /* Byte length of the character at text, of which bytes_left bytes are left; 1 for a malformed byte; QZ_MB_NONE when nothing is
  * left or the bytes left begin a character and do not complete it. */
 uint32_t qz_mb_char_get_len_ex(const char* text, uint32_t bytes_left);
 
-/* Nonzero when a character starts at byte index (from 0). Otherwise 0, and out_next receives the index of the next start, or len
- * when there is none. out_next is written in the second case only. */
+/* Nonzero when a character starts at byte index (from 0). Otherwise 0, and out_next receives the index of the next start, or
+ * len when there is none. out_next is written in the second case only. */
 int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* out_next);
 
-/* ---- Changing in place ------------------------------------------------------------------------------------------------------ */
+/* ---- Changing in place --------------------------------------------------------------------------------------------------- */
 
 /* Reverses the characters, keeping the byte order inside each, and answers text. NULL when a byte is malformed: the text is
  * unchanged then, since no second reversal could restore it. */
@@ -95,12 +96,12 @@ int32_t qz_mbsrev_with_compatible_mode(char* text, uint32_t len);
 void qz_mbsupper_ex(char* text, uint32_t len);
 void qz_mbslower_ex(char* text, uint32_t len);
 
-/* ---- Comparing ------------------------------------------------------------------------------------------------------------- */
+/* ---- Comparing ----------------------------------------------------------------------------------------------------------- */
 
 /* Compares n bytes as unsigned numbers. Negative, 0 or positive. */
 int32_t qz_mbsncmp_f(const char* left, const char* right, uint32_t n);
 
-/* ---- Trimming and padding --------------------------------------------------------------------------------------------------- */
+/* ---- Trimming and padding ------------------------------------------------------------------------------------------------ */
 
 /* Takes the characters of the set off the front: *in_out_text goes behind them, *in_out_len down. Whole characters count. A
  * malformed byte in text occurs in the set when the set has the same malformed byte. */
@@ -113,9 +114,9 @@ void trim_right_space(const char* text, uint32_t* in_out_len);
 enum { QZ_PAD_MAX_BYTES = 32767 }; /* longest padded value; the output buffer holds this and one byte more */
 
 /* Fills text to length characters with pad, as often as needed and cut to whole characters, in front (lpad) or behind (rpad). A
- * text of more characters is cut to its first length ones. out_len receives the bytes of the result. An empty pad leaves a short
- * text as it is. EC_STRING_TOO_LONG when the result would be longer than QZ_PAD_MAX_BYTES, EC_INVALID_ARGUMENT for a negative
- * length; output and out_len are not defined then. output overlaps neither argument. */
+ * text of more characters is cut to its first length ones. out_len receives the bytes of the result. An empty pad leaves a
+ * short text as it is. EC_STRING_TOO_LONG when the result would be longer than QZ_PAD_MAX_BYTES, EC_INVALID_ARGUMENT for a
+ * negative length; output and out_len are not defined then. output overlaps neither argument. */
 int32_t qz_get_lpad_str(const char* text, uint32_t text_len, int32_t length, const char* pad, uint32_t pad_len, char* output,
                         uint32_t* out_len);
 int32_t qz_get_rpad_str(const char* text, uint32_t text_len, int32_t length, const char* pad, uint32_t pad_len, char* output,

@@ -101,7 +101,7 @@ void bdta3_colstr_to_nstr_fast(const bdta3_colstr* slot, nstr* value);
 /* Nonzero when text, the start of a text, is in the space that goes with the block: not to be released by itself. */
 int32_t bdta3_str_is_in_local(const bdta3_coldata* block, const char* text);
 
-/* ---- Whole vectors -------------------------------------------------------------------------------------------------------- */
+/* ---- Whole vectors ------------------------------------------------------------------------------------------------------- */
 
 /* Fills physical rows 0 to nrows-1 of the destination with as many logical rows of the source, as it selects them: valid
  * bytes as they are, values, and for a string vector the texts, each of its own also where a selection repeats one. A NULL

@@ -15,7 +15,7 @@
 extern "C" {
 #endif
 
-/* ---- Environments and sessions --------------------------------------------------------------------------------------------- */
+/* ---- Environments and sessions ------------------------------------------------------------------------------------------- */
 
 qz_env* host_env_create(void); /* no session; NULL on exhaustion */
 void host_env_destroy(qz_env* env);
@@ -26,7 +26,7 @@ void host_env_close_session(qz_env* env);
 void host_session_set_time_zone(qz_session* session, int16_t minutes);
 void host_session_set_language(qz_session* session, uint32_t lang, uint32_t date_lang);
 
-/* ---- Error stack, oldest entry first, and log ------------------------------------------------------------------------------ */
+/* ---- Error stack, oldest entry first, and log ---------------------------------------------------------------------------- */
 
 uint32_t host_error_count(const qz_env* env);
 
@@ -42,13 +42,13 @@ const char* host_error_name(int32_t code); /* the code's name, such as "EC_DATA_
  * it cannot set another one. */
 void host_log_set_sink(void (*sink)(void* context, int32_t code, const char* file, int32_t line), void* context);
 
-/* ---- Numbered parameters ---------------------------------------------------------------------------------------------------- */
+/* ---- Numbered parameters ------------------------------------------------------------------------------------------------- */
 
 void host_parameter_set(uint32_t number, uint32_t value);
 void host_parameters_reset(void); /* documented defaults */
 void host_set_oracle_date_format(int32_t on);
 
-/* ---- Memory ----------------------------------------------------------------------------------------------------------------- */
+/* ---- Memory -------------------------------------------------------------------------------------------------------------- */
 
 /* A memory object serves one thread. Long texts of vectors are its blocks: who reuses vectors batch after batch resets it
  * too. */
@@ -65,7 +65,7 @@ void host_memobj_visit(const rt_memobj* memobj, void (*visit)(void* context, siz
 /* On this thread so many allocations of the host still succeed, and all behind them fail; -1: none fails. */
 void host_memory_fail_after(int64_t allocations);
 
-/* ---- Vectors ---------------------------------------------------------------------------------------------------------------- */
+/* ---- Vectors ------------------------------------------------------------------------------------------------------------- */
 
 /* Value types of vectors. */
 enum {
@@ -103,7 +103,7 @@ int32_t host_col_set_selection(bdta3_col* col, const uint16_t* sel, uint32_t n);
  * EC_INVALID_ARGUMENT for another type of vector or a row beyond it. */
 int32_t host_col_set_text(bdta3_col* col, uint32_t row, const char* bytes, uint32_t len, uint32_t blank);
 
-/* ---- LOBs, see qzhost/lob.h ------------------------------------------------------------------------------------------------- */
+/* ---- LOBs, see qzhost/lob.h ---------------------------------------------------------------------------------------------- */
 
 enum {
     HOST_LOB_ENCIPHERED = 0x100, /* added to a storage kind other than in-row: the store keeps the value enciphered */

@@ -13,10 +13,11 @@
  * writes; a sum or difference has the larger scale, a product the sum of the scales, a quotient what its digits need; round
  * and trunc to n places reduce it to n and never raise it. Zero has one form and scale 0.
  *
- * Form. Of canonical arguments every service answers the one canonical form of value and scale: the first and the last pair are not 0 (each is
- * stored plus 1), bytes behind the last pair are 0, digits is the count of integer digits plus scale (0.01 has 2 digits and
- * scale 2; 0 has 1 digit), so that digits - scale is the count of integer digits. xdec_is_canonical tests it. Arguments of
- * other bytes are harmless: a sign byte that is none reads as 0, pairs out of range as some pair; the result is some decimal.
+ * Form. Of canonical arguments every service answers the one canonical form of value and scale: the first and the last pair are
+ * not 0 (each is stored plus 1), bytes behind the last pair are 0, digits is the count of integer digits plus scale (0.01 has 2
+ * digits and scale 2; 0 has 1 digit), so that digits - scale is the count of integer digits. xdec_is_canonical tests it.
+ * Arguments of other bytes are harmless: a sign byte that is none reads as 0, pairs out of range as some pair; the result is
+ * some decimal.
  *
  * Failure. A negative code, and the destination is 0, so that a caller who does not look at the code has no stale bytes. A
  * destination may be the same record as a source everywhere.
@@ -47,8 +48,8 @@ enum {
 
 /* ---- Moves --------------------------------------------------------------------------------------------------------------- */
 
-/* In parts, bytes 0 to 7, 8 to 23, 24 to 27, 28 and 29, as the services load and store records: a load of a part that was stored
- * as one does not wait for the store. */
+/* In parts, bytes 0 to 7, 8 to 23, 24 to 27, 28 and 29, as the services load and store records: a load of a part that was
+ * stored as one does not wait for the store. */
 inline void xdec_copy(xdec* destination, const xdec* source) {
     struct {
         uint64_t low, high;
@@ -147,7 +148,7 @@ int32_t xdec_div(const xdec* x, const xdec* y, xdec* destination);
  * the magnitude. A quotient of more than 22 pairs is cut to them; the remainder is right all the same. */
 void xdec_div_get_quotient_int_by_16(const xdec* x, xdec* quotient, uint32_t* remainder);
 
-/* ---- Rounding to n places behind the point; n below 0 rounds in front of it ------------------------------------------------ */
+/* ---- Rounding to n places behind the point; n below 0 rounds in front of it ---------------------------------------------- */
 
 /* To the nearest, ties away from zero. zero is always 0. EC_DATA_OVERFLOW: rounding up reaches 1E126. */
 int32_t xdec_round(const xdec* source, int32_t zero, int32_t n, xdec* destination);
@@ -175,7 +176,8 @@ int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale);
 /* The shortest decimal that reads back as the same double: 0.1 is 0.1. EC_DATA_OVERFLOW: NaN, infinity, 1E126 and more. */
 int32_t xdec_from_double(double value, xdec* destination);
 
-/* months + days / 31.0 in doubles, as xdec_from_double gives it. Several times as fast within 30 days and the calendar's months. */
+/* months + days / 31.0 in doubles, as xdec_from_double gives it. Several times as fast within 30 days and the calendar's
+ * months. */
 int32_t host_xdec_from_months(int32_t months, int32_t days, xdec* destination);
 
 /* To an integer, with the fraction cut off. EC_DATA_OVERFLOW: it does not fit, and *value is 0. */

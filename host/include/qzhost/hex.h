@@ -20,8 +20,8 @@ typedef struct nbin_record {
     uint8_t bytes[]; /* count of them */
 } nbin_record;
 
-/* Turns len hexadecimal digits into (len + 1) / 2 bytes: an odd text counts as one with a 0 in front. out is an nbin_record. 0, or
- * EC_HEX_TEXT_INVALID for any other character, and out's count is 0 then. flag is always 0. */
+/* Turns len hexadecimal digits into (len + 1) / 2 bytes: an odd text counts as one with a 0 in front. out is an nbin_record. 0,
+ * or EC_HEX_TEXT_INVALID for any other character, and out's count is 0 then. flag is always 0. */
 int32_t nbin_from_char_ex(const char* text, uint32_t len, void* out, int32_t flag);
 
 /* The same without a record: the bytes to destination, their number to out_len. 0, or -1 for any other character. */

@@ -1,13 +1,13 @@
 /*
  * Interval services of the reference host: comparison, text, and decimal counts of a unit.
  *
- * iv_qualifier holds kind * 256 + leading precision * 16 + fraction digits: 656 (0x290) is MONTH(9), 406 (0x196) YEAR(9) TO MONTH,
- * 1686 (0x696) DAY(9) TO SECOND(6). The leading precision is the most decimal digits of the first field, 1 to 9; the fraction
- * digits, 0 to 6, count for kinds that end in seconds. All fields of an interval carry its sign.
+ * iv_qualifier holds kind * 256 + leading precision * 16 + fraction digits: 656 (0x290) is MONTH(9), 406 (0x196) YEAR(9) TO
+ * MONTH, 1686 (0x696) DAY(9) TO SECOND(6). The leading precision is the most decimal digits of the first field, 1 to 9; the
+ * fraction digits, 0 to 6, count for kinds that end in seconds. All fields of an interval carry its sign.
  *
  * Failures. EC_INTERVAL_TEXT_INVALID: the text is no interval of the kind. EC_INTERVAL_OUT_OF_RANGE: the first field needs more
- * digits than the precision has. EC_INVALID_ARGUMENT: an unknown unit, or a qualifier of another family. The result is as it was
- * then. No service allocates.
+ * digits than the precision has. EC_INVALID_ARGUMENT: an unknown unit, or a qualifier of another family. The result is as it
+ * was then. No service allocates.
  *
  * This header is C11 and C++20.
  */
@@ -48,15 +48,17 @@ int32_t interval_ym_cmp(const qz_interval_ym* a, const qz_interval_ym* b, int32_
 int32_t interval_dt_cmp(const qz_interval_dt* a, const qz_interval_dt* b, int32_t zero1, int32_t zero2);
 
 /* Reads an interval of the qualifier's kind: the fields of the kind, such as "1-2" (YEAR TO MONTH), "3 04:05:06.789" (DAY TO
- * SECOND), "04:05" (HOUR TO MINUTE), with an optional sign in front and blanks around; or the ISO 8601 form "P1Y2M", "P3DT4H5M6.7S",
- * whose fields may be any of the family in descending order. Fields behind the first have their natural limits. Fraction digits
- * beyond the qualifier's are dropped. The result has the qualifier. An empty or blank text is EC_INTERVAL_TEXT_INVALID. */
+ * SECOND), "04:05" (HOUR TO MINUTE), with an optional sign in front and blanks around; or the ISO 8601 form "P1Y2M",
+ * "P3DT4H5M6.7S", whose fields may be any of the family in descending order. Fields behind the first have their natural limits.
+ * Fraction digits beyond the qualifier's are dropped. The result has the qualifier. An empty or blank text is
+ * EC_INTERVAL_TEXT_INVALID. */
 int32_t qz_interval_ym_from_char(qz_env* env, const char* text, qz_interval_ym* out, int32_t qualifier);
 int32_t qz_interval_dt_from_char(qz_env* env, const char* text, qz_interval_dt* out, int32_t qualifier);
 
-/* Writes sign, days, time and fraction, such as "+000000003 04:05:06.789000", NUL-terminated, at most HOST_IV_TEXT_BYTES bytes. The
- * days are filled with zeros up to the qualifier's precision when its kind begins with days, and up to two digits otherwise; the
- * fraction has the qualifier's digits and is left out when they are 0. Fields beyond their limits are carried. zero is always 0. */
+/* Writes sign, days, time and fraction, such as "+000000003 04:05:06.789000", NUL-terminated, at most HOST_IV_TEXT_BYTES bytes.
+ * The days are filled with zeros up to the qualifier's precision when its kind begins with days, and up to two digits
+ * otherwise; the fraction has the qualifier's digits and is left out when they are 0. Fields beyond their limits are carried.
+ * zero is always 0. */
 void qz_interval_dt_to_char_oracle(const qz_interval_dt* interval, char* buffer, int32_t zero);
 
 /* So many of a unit, as an interval with qualifier HOST_IV_QUALIFIER_DT or HOST_IV_QUALIFIER_YM. Units: DAY, HOUR, MINUTE,

@@ -11,9 +11,10 @@
  *   offset 39  u64  value length of the long form
  *   offset 47       data of an in-row value
  *
- * Values out of row live in the store of the environment that made them until host_lob_release_all, and go with it. A locator is checked before it is used: one
- * that is cut short, whose in-row data is not all there, or that names no value of the store is answered by a code and never by
- * reading outside. A slot or string value of length 0 holds no locator and counts as an empty value.
+ * Values out of row live in the store of the environment that made them until host_lob_release_all, and go with it. A locator
+ * is checked before it is used: one that is cut short, whose in-row data is not all there, or that names no value of the store
+ * is answered by a code and never by reading outside. A slot or string value of length 0 holds no locator and counts as an
+ * empty value.
  *
  * Failures: EC_LOB_READ_FAILED for a locator that names nothing or a wrong encryption handle, EC_OUT_OF_MEMORY, and whatever
  * host_lob_fail told.
@@ -62,8 +63,8 @@ uint64_t nblob_get_len_for_colstr_fast(const bdta3_colstr* slot);
 /* Nonzero when the data stands in the slot's locator, all of it. */
 int32_t nblob_is_in_row_for_colstr_fast(const bdta3_colstr* slot);
 
-/* The encryption handle of a value. locator has LOB_DATA_AT bytes at least: a sound length says so. out_status is 0 or negative;
- * the result is NULL then. */
+/* The encryption handle of a value. locator has LOB_DATA_AT bytes at least: a sound length says so. out_status is 0 or
+ * negative; the result is NULL then. */
 const nblob_encryption* ndct_get_blob_enc_info(qz_env* env, rt_memobj* rt_mem, const char* locator, ndct_work_area* work,
                                                int32_t* out_status);
 
@@ -71,9 +72,9 @@ const nblob_encryption* ndct_get_blob_enc_info(qz_env* env, rt_memobj* rt_mem, c
 const nblob_encryption* ndct_get_blob_enc_info_low(qz_env* env, rt_memobj* rt_mem, const char* locator, ndct_work_area* work,
                                                    int32_t* out_reuse, int32_t* out_status);
 
-/* Copies up to count bytes of the value, from byte offset on, to destination, which holds capacity. out_read receives how many came:
- * fewer where the value ends or the store delivers less. 0 or negative, and out_read is 0 then. encryption may be absent for a
- * value that is not enciphered. */
+/* Copies up to count bytes of the value, from byte offset on, to destination, which holds capacity. out_read receives how many
+ * came: fewer where the value ends or the store delivers less. 0 or negative, and out_read is 0 then. encryption may be absent
+ * for a value that is not enciphered. */
 int32_t nblob_get_data(qz_env* env, int32_t reader, const nstr* locator, void* destination, uint32_t capacity, uint64_t offset,
                        uint32_t count, uint32_t* out_read, const nblob_encryption* encryption);
 

@@ -3,7 +3,8 @@
  *
  * One language serves both directions; docs/number-formats.md describes it. A format is parsed into a plain record that owns
  * nothing and may be copied, kept and used by several threads at once. What a format writes of a number, the same format reads
- * back as that number rounded to the format's digits, but for a field of '#' signs, which stands for a number that does not fit.
+ * back as that number rounded to the format's digits, but for a field of '#' signs, which stands for a number that does not
+ * fit.
  *
  * Every text written is NUL-terminated and takes at most XDEC_FORMATTED_BYTES. Nothing here allocates or touches an
  * error stack, and env may be absent.

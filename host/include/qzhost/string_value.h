@@ -1,13 +1,13 @@
 /*
  * String values of the reference host: filling, reading and giving back an nstr.
  *
- * The bytes of a value stand in nstr_inline when it has at most 48 and behind nstr_ext otherwise; every service here leaves nstr_ext
- * valid for short values too, pointing at nstr_inline, so a value filled here must not be copied as a record. An assign service
- * looks at nothing that the value held before. A value of more than 48 bytes takes its storage, with a 0 byte behind it, from the
- * memory object given; nstr_cap counts it.
+ * The bytes of a value stand in nstr_inline when it has at most 48 and behind nstr_ext otherwise; every service here leaves
+ * nstr_ext valid for short values too, pointing at nstr_inline, so a value filled here must not be copied as a record. An
+ * assign service looks at nothing that the value held before. A value of more than 48 bytes takes its storage, with a 0 byte
+ * behind it, from the memory object given; nstr_cap counts it.
  *
- * Assign services answer 0, EC_OUT_OF_MEMORY, or EC_STRING_TOO_LONG when bytes and written-out blanks do not fit 32 bits; the value
- * is NULL and empty then, and clearing it is harmless.
+ * Assign services answer 0, EC_OUT_OF_MEMORY, or EC_STRING_TOO_LONG when bytes and written-out blanks do not fit 32 bits; the
+ * value is NULL and empty then, and clearing it is harmless.
  *
  * This header is C11 and C++20.
  */
@@ -45,7 +45,8 @@ void nstr_set_str_value(nstr* destination, const nstr* source);
  * memory of the memory object, which the caller gives back. NULL on exhaustion. */
 char* nstr_set_str_value_ex(qz_env* env, rt_memobj* rt_mem, char* buffer, uint32_t buffer_size, const nstr* value);
 
-/* Copies the stored bytes to destination, ends them with a 0 byte and answers their number. The caller guarantees len + 1 bytes. */
+/* Copies the stored bytes to destination, ends them with a 0 byte and answers their number. The caller guarantees len + 1
+ * bytes. */
 uint32_t nstr_get_const_value(const nstr* value, char* destination);
 
 /* Releases what an assign service took and leaves the value NULL and empty. */

@@ -1,4 +1,5 @@
-// What a call that fails at a row leaves behind: whether all_valid is stored before or after the rows, and what the log is told.
+// What a call that fails at a row leaves behind: whether all_valid is stored before or after the rows, and what the log is
+// told.
 #include <gtest/gtest.h>
 
 #include <deque>

@@ -1,4 +1,5 @@
-// OVERLAPS: which points are there, times all orders of the four points, against a statement of the outcome in words of its own.
+// OVERLAPS: which points are there, times all orders of the four points, against a statement of the outcome in words of its
+// own.
 #include "qzbifun/overlaps.h"
 
 #include <gtest/gtest.h>
@@ -126,7 +127,7 @@ TEST(OverlapsOfDatetimes, EveryCellAndEveryOrder) {
     }
 }
 
-// ---- Batches: the 15 forms of a family, told by their letters ------------------------------------------------------------------
+// ---- Batches: the 15 forms of a family, told by their letters ---------------------------------------------------------------
 
 struct Form {
     const char* letters;
@@ -234,7 +235,7 @@ TEST(OverlapsOfIntervals, EveryFormOnEveryCell) {
     }
 }
 
-// ---- Whole batches: selections of their own, NULLs, rows that fail --------------------------------------------------------------
+// ---- Whole batches: selections of their own, NULLs, rows that fail ----------------------------------------------------------
 
 template <class Second>
 support::Differential<int32_t, qztime, Second, qztime, Second> family() {
@@ -254,8 +255,8 @@ qztime on_day(uint32_t at) {
     return {static_cast<int16_t>(at < 31 ? 2024 : 2023), 1, static_cast<uint8_t>(1 + at % 31), 12, 0, 0, 0, TZ_NONE};
 }
 
-// First points lie in the first half of the days and second ones in the other, so that the slot of a point that is missing decides
-// nothing: what it does is shown above.
+// First points lie in the first half of the days and second ones in the other, so that the slot of a point that is missing
+// decides nothing: what it does is shown above.
 TEST(OverlapsDifferential, OfDatetimes) {
     auto forms = family<qztime>();
     const auto first = [](support::Random& random) { return day(static_cast<int>(random.below(4))); };

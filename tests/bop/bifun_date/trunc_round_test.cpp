@@ -1,5 +1,5 @@
-// round and trunc against a slow telling of their rules over a calendar that is walked day by day, and against a table written by
-// hand for the months around the calendar change.
+// round and trunc against a slow telling of their rules over a calendar that is walked day by day, and against a table written
+// by hand for the months around the calendar change.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -318,8 +318,8 @@ void check_by_hand(Worker* worker, Part part, const std::vector<Range>& ranges) 
     EXPECT_EQ(expected_first, 1332);
 }
 
-// 1582-01-01 and 1582-10-01 were Mondays, 1582-10-04 a Thursday, 1582-10-15 a Friday, 1583-01-01 a Saturday. Days 5 to 14 of October
-// stand for the records in the gap.
+// 1582-01-01 and 1582-10-01 were Mondays, 1582-10-04 a Thursday, 1582-10-15 a Friday, 1583-01-01 a Saturday. Days 5 to 14 of
+// October stand for the records in the gap.
 TEST(TruncRound, AroundTheCalendarChangeByHand) {
     check_by_hand(ifun_trunc_dt_low, kDay, [] {
         std::vector<Range> ranges;

@@ -98,12 +98,12 @@ TEST(ToChar, DoublesReadBackAsTheSameDouble) {
     }
 }
 
-// ---- Storage that runs out ------------------------------------------------------------------------------------------------------
+// ---- Storage that runs out --------------------------------------------------------------------------------------------------
 
 constexpr uint32_t kRows = 2000;
 
-// Runs a function over long texts with ever more allocations succeeding, until a row behind the first fails; hands the result and
-// that row to check, and answers whether there was one.
+// Runs a function over long texts with ever more allocations succeeding, until a row behind the first fails; hands the result
+// and that row to check, and answers whether there was one.
 template <class Call, class Check>
 bool fails_behind_row_zero(Host& host, const Call& call, const Check& check) {
     for (int64_t allocations = 0; allocations < 100; ++allocations) {
@@ -156,7 +156,7 @@ TEST(ToChar, ANumberOfAnotherTypeWithoutStorageClearsItsRow) {
     }));
 }
 
-// ---- Constants ------------------------------------------------------------------------------------------------------------------
+// ---- Constants --------------------------------------------------------------------------------------------------------------
 
 // The format of the double form is read where the constant's pointer leads, whatever its length.
 TEST(ToChar, TheFormatOfDoublesIsReadThroughThePointer) {

@@ -109,7 +109,7 @@ TEST_F(TruncText, ScanFindsPointAndExponent) {
     EXPECT_EQ(scan("1e99999999999999999999"), EC_DATA_OVERFLOW);
 }
 
-// ---- Pieces of bitand ----------------------------------------------------------------------------------------------------------------
+// ---- Pieces of bitand -------------------------------------------------------------------------------------------------------
 
 xdec decimal(const std::string& text) {
     xdec value;

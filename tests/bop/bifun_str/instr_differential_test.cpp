@@ -1,7 +1,7 @@
 // instr and instrb against a slow telling over lists of characters, on random texts of small alphabets.
 //
-// The telling follows the rules of the functions. Beside it stands the plain meaning, a search of both values written out, and each
-// place where the two part on purpose is named and counted; where none of the names applies they must not part.
+// The telling follows the rules of the functions. Beside it stands the plain meaning, a search of both values written out, and
+// each place where the two part on purpose is named and counted; where none of the names applies they must not part.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -50,7 +50,7 @@ struct Value {
 
 std::string print(const Value& value) { return "[" + value.bytes() + "]+" + std::to_string(value.blank); }
 
-// ---- A search of lists -------------------------------------------------------------------------------------------------------------
+// ---- A search of lists ------------------------------------------------------------------------------------------------------
 
 bool stands_at(const Characters& text, const Characters& pattern, int64_t at) {
     const int64_t m = static_cast<int64_t>(pattern.size());
@@ -93,7 +93,7 @@ int64_t position_of(const Characters& text, int64_t index, bool in_bytes) {
     return (in_bytes ? bytes_before(text, index) : index) + 1;
 }
 
-// ---- The plain meaning ----------------------------------------------------------------------------------------------------------
+// ---- The plain meaning ------------------------------------------------------------------------------------------------------
 
 int64_t plain(const Value& text, const Value& pattern, int64_t start, int64_t occurrence, bool in_bytes) {
     const Characters t = text.written_out();
@@ -113,7 +113,7 @@ int64_t plain(const Value& text, const Value& pattern, int64_t start, int64_t oc
     return at < 0 ? 0 : position_of(t, at, in_bytes);
 }
 
-// ---- The rules ------------------------------------------------------------------------------------------------------------------
+// ---- The rules --------------------------------------------------------------------------------------------------------------
 
 using Answer = std::optional<int64_t>;  // nothing: NULL
 
@@ -233,7 +233,7 @@ Answer told(const Value& text, Value pattern, int64_t start, int64_t occurrence,
     return told_plain(text, pattern, start, occurrence, in_bytes);
 }
 
-// ---- Where the rules part from the plain meaning ------------------------------------------------------------------------------------
+// ---- Where the rules part from the plain meaning ----------------------------------------------------------------------------
 
 // The first name that applies; "" when none does, and the two agree.
 std::string reason_to_part(const Value& text, const Value& pattern, int64_t start, int64_t occurrence, bool heeds_case,
@@ -264,7 +264,7 @@ std::string reason_to_part(const Value& text, const Value& pattern, int64_t star
     return "";
 }
 
-// ---- Random values ---------------------------------------------------------------------------------------------------------------
+// ---- Random values ----------------------------------------------------------------------------------------------------------
 
 struct Alphabet {
     uint32_t charset;
@@ -364,8 +364,8 @@ TEST_F(InstrDifferential, EveryFormOnRandomValues) {
     int hits = 0;
     int compared = 0;
     for (int round = 0; round < kRounds; ++round) {
-        // One of eight looks for letters with a blank or two behind them in text that is full of them, one for a blank behind text
-        // that ends in a long character, one backwards in texts of as many characters as stored bytes.
+        // One of eight looks for letters with a blank or two behind them in text that is full of them, one for a blank behind
+        // text that ends in a long character, one backwards in texts of as many characters as stored bytes.
         const bool is_dense = round % 8 == 1;
         const bool is_blank = round % 8 == 3;
         const bool is_even = round % 8 == 5;

@@ -112,7 +112,7 @@ TEST(InstrLow, Failures) {
     EXPECT_TRUE(host.errors().empty());
 }
 
-// ---- Against a search that compares characters -------------------------------------------------------------------------------------
+// ---- Against a search that compares characters ------------------------------------------------------------------------------
 
 using Characters = std::vector<std::string>;
 
@@ -135,7 +135,8 @@ int32_t slow_position(const Characters& text, const Characters& pattern, int32_t
     return 0;
 }
 
-// The same for a start below 0 as the search finds its first place: by the bytes at which the characters of the reversed text begin.
+// The same for a start below 0 as the search finds its first place: by the bytes at which the characters of the reversed text
+// begin.
 int32_t position_by_reversed_bytes(const Characters& text, const Characters& pattern, int32_t start, int32_t occurrence) {
     const Characters reversed(text.rbegin(), text.rend());
     const int32_t n = static_cast<int32_t>(text.size());

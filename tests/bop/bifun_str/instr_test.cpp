@@ -1,5 +1,5 @@
-// What the cases cannot tell of instr and instrb: rows that take the last row's value over, texts and patterns that are folded where
-// they stand, where a constant text is read, and every failure with what it leaves behind.
+// What the cases cannot tell of instr and instrb: rows that take the last row's value over, texts and patterns that are folded
+// where they stand, where a constant text is read, and every failure with what it leaves behind.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -53,7 +53,7 @@ class Instr : public ::testing::Test {
 Constant text_constant(const std::string& bytes, uint32_t blank = 0) { return Constant::of(Text{bytes, blank}); }
 Constant number(int32_t value) { return Constant::of(value); }
 
-// ---- Rows that repeat ------------------------------------------------------------------------------------------------------------
+// ---- Rows that repeat -------------------------------------------------------------------------------------------------------
 
 TEST_F(Instr, ARowLikeTheLastComputedOneTakesItsValueOver) {
     const Vector text = texts({Text{"ab", 3}, Text{"ab", 0}, Text{"ab", 0}, Text{"x", 0}, Text{"ab", 0}});
@@ -95,7 +95,7 @@ TEST_F(Instr, ARepeatedRowHasTheValidByteOfTheFirst) {
     EXPECT_EQ(result.get<int32_t>(2), 2);
 }
 
-// ---- Folding ---------------------------------------------------------------------------------------------------------------------
+// ---- Folding ----------------------------------------------------------------------------------------------------------------
 
 // What a constant holds after a call with a pattern of 2 or 60 bytes.
 std::string pattern_after(const std::function<void(bdta3_scalar*)>& call, const std::string& bytes) {
@@ -151,7 +151,7 @@ TEST_F(Instr, OnlyInstrbWithAPatternOfBlanksFoldsTheTextsOfTheCaller) {
     EXPECT_EQ(text_after(binstr_def2_av_str, letter), "abq");
 }
 
-// ---- Where a constant text is read -------------------------------------------------------------------------------------------------
+// ---- Where a constant text is read ------------------------------------------------------------------------------------------
 
 TEST_F(Instr, AConstantTextIsReadThroughThePointer) {
     nstr text{};
@@ -183,7 +183,7 @@ TEST_F(Instr, NullConstantsAreTheValuesThatTheirRecordsHold) {
     EXPECT_EQ(result.col()->all_valid, 1u);
 }
 
-// ---- Memory that is not there --------------------------------------------------------------------------------------------------------
+// ---- Memory that is not there -----------------------------------------------------------------------------------------------
 
 TEST_F(Instr, ATextThatCannotBeWrittenOutIsReportedInThreeWays) {
     struct Log {
@@ -239,8 +239,8 @@ TEST_F(Instr, RowsBelowAndAboveAFailureStand) {
     EXPECT_EQ(host_.outstanding(), 0u);
 }
 
-// The positions of a text of 256 bytes or more, which a pattern with blanks needs, and a folded text too long for the frame: nothing
-// is pushed.
+// The positions of a text of 256 bytes or more, which a pattern with blanks needs, and a folded text too long for the frame:
+// nothing is pushed.
 TEST_F(Instr, MemoryOfARowThatIsNotThereFailsTheRowAlone) {
     const Vector long_text = texts({Text{std::string(255, 'c') + "a", 2}});
     const Vector short_text = texts({Text{std::string(254, 'c') + "a", 2}});
@@ -330,7 +330,7 @@ TEST_F(Instr, APairThatRunsOutOfMemoryClearsItsRow) {
     EXPECT_EQ(stack(), "empty");
 }
 
-// ---- CLOBs -------------------------------------------------------------------------------------------------------------------------
+// ---- CLOBs ------------------------------------------------------------------------------------------------------------------
 
 class InstrOfClob : public Instr {
   protected:
@@ -426,7 +426,7 @@ TEST_F(InstrOfClob, BytesThatAreNoLocator) {
     }
 }
 
-// ---- Texts and patterns longer than any string -----------------------------------------------------------------------------------
+// ---- Texts and patterns longer than any string ------------------------------------------------------------------------------
 
 TEST_F(Instr, LongerThanAnyString) {
     const std::string long_text = std::string(33998, 'a') + "b ";

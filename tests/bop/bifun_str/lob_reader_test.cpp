@@ -1,5 +1,5 @@
-// What the readers of LOBs ask of the host's read services: these stand in front of the host's own, note what they are asked and
-// hand it on.
+// What the readers of LOBs ask of the host's read services: these stand in front of the host's own, note what they are asked
+// and hand it on.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 

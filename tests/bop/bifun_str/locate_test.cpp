@@ -1,5 +1,5 @@
-// locate against a plain search that writes both values out, with all starts, on texts and on CLOBs of every storage; what it takes,
-// reports and gives back when memory or a LOB fails.
+// locate against a plain search that writes both values out, with all starts, on texts and on CLOBs of every storage; what it
+// takes, reports and gives back when memory or a LOB fails.
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -188,7 +188,7 @@ TEST_P(LocateDifferential, OfClobsIsThePlainSearch) {
 
 INSTANTIATE_TEST_SUITE_P(Charsets, LocateDifferential, ::testing::ValuesIn(plain::kCharsets));
 
-// ---- Failures -----------------------------------------------------------------------------------------------------------------
+// ---- Failures ---------------------------------------------------------------------------------------------------------------
 
 using ErrorCodes = std::vector<int32_t>;
 

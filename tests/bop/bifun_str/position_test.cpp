@@ -1,5 +1,5 @@
-// position against a plain search that writes both values out, where the two differ on purpose, and what is left behind when memory
-// runs out.
+// position against a plain search that writes both values out, where the two differ on purpose, and what is left behind when
+// memory runs out.
 #include <gtest/gtest.h>
 
 #include <string>

@@ -1,5 +1,5 @@
-// concat, lengths, case, reverse, repeat and space, all forms, against plain tellings of their rows: character by character, and
-// with what a character is told once more.
+// concat, lengths, case, reverse, repeat and space, all forms, against plain tellings of their rows: character by character,
+// and with what a character is told once more.
 #include <gtest/gtest.h>
 
 #include <algorithm>

@@ -1,5 +1,5 @@
-// What the tables of cases cannot tell of concat, lengths, case, reverse, repeat and space: who reports what when memory runs out,
-// the log, constants whose has_value has a low byte of 0.
+// What the tables of cases cannot tell of concat, lengths, case, reverse, repeat and space: who reports what when memory runs
+// out, the log, constants whose has_value has a low byte of 0.
 #include <gtest/gtest.h>
 
 #include <optional>

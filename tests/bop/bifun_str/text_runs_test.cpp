@@ -1,5 +1,5 @@
-// Texts that stand one behind the other, which lengths and case take as a whole, come to what they come to one by one: through a
-// selection of all rows, where there are no runs.
+// Texts that stand one behind the other, which lengths and case take as a whole, come to what they come to one by one: through
+// a selection of all rows, where there are no runs.
 #include "bop/bifun_str/text_runs.h"
 
 #include <gtest/gtest.h>
