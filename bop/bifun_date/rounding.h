@@ -118,17 +118,30 @@ inline Code round_to_week_of_month(const qztime& value, qztime& out) {
     return code.failed() ? code : round_to_week(value, days_past_of_month(value), out);
 }
 
+// The same of a value whose day number is known.
+inline Code midnight_of_day(const qztime& value, int32_t number, int32_t days, qztime& out) {
+    if (value.year == 1582 || value.year <= HOST_YEAR_MIN || value.year >= HOST_YEAR_MAX)
+        return midnight_near(value, days, out);
+    const int16_t tz = value.tz;
+    host_set_day_number(&out, number + days);
+    clear_time(out);
+    out.tz = tz;
+    return kOk;
+}
+
 inline Code round_to_sunday(const qztime& value, qztime& out) {
     constexpr int32_t kWednesday = 3;
-    const int32_t weekday = weekday_of(value);
+    const int32_t number = host_day_number_adjusted(&value);
+    const int32_t weekday = weekday_of_number(number);
     const int32_t half_days = 2 * weekday + (value.hour >= kNoon);  // since Sunday
-    return midnight_near(value, 7 * (half_days > 2 * kWednesday) - weekday, out);
+    return midnight_of_day(value, number, 7 * (half_days > 2 * kWednesday) - weekday, out);
 }
 
 inline Code round_to_monday(const qztime& value, qztime& out) {
     constexpr int32_t kThursday = 4;
-    const int32_t weekday = weekday_of(value);
-    return midnight_near(value, 1 + 7 * (weekday > kThursday) - weekday, out);
+    const int32_t number = host_day_number_adjusted(&value);
+    const int32_t weekday = weekday_of_number(number);
+    return midnight_of_day(value, number, 1 + 7 * (weekday > kThursday) - weekday, out);
 }
 
 // The calendar is asked only where the day changes, or where adding moves a date out of the gap.
