@@ -160,7 +160,7 @@ class PositionExhausted : public ::testing::Test {
 
     Host host_;
     std::vector<int32_t> log_;
-    const std::vector<int32_t> nothing_;
+    const std::vector<int32_t> nothing_{};
     const std::vector<int32_t> exhaustion_{EC_OUT_OF_MEMORY};
 };
 
