@@ -420,7 +420,7 @@ TEST_F(LocateInClobFails, AFailedReadIsLogged) {
 }
 
 TEST_F(LocateInClobFails, AConstantThatCannotBeReadFailsTheFirstRow) {
-    for (const uint8_t storage : {LOB_KIND_SHORT, LOB_KIND_LONG}) {
+    for (const uint8_t storage : {uint8_t{LOB_KIND_SHORT}, uint8_t{LOB_KIND_LONG}}) {
         Constant text = constant(data_, storage);
         for (const Form& form : of_constants(text)) {
             for (const int32_t what : {HOST_LOB_LOOKUP, HOST_LOB_READ}) {
