@@ -1,5 +1,5 @@
-# Warnings of every target of the project, and none for what it includes from elsewhere. clang's -Wconversion has -Wsign-conversion
-# in it; g++ is told, so that both say the same.
+# Warnings of every target of the project, and none for what it includes from elsewhere. clang's -Wconversion has
+# -Wsign-conversion in it; g++ is told, so that both say the same.
 add_library(qzbifun_warnings INTERFACE)
 target_compile_options(
   qzbifun_warnings

@@ -2,8 +2,8 @@
  * Evaluates a plan, batch by batch.
  *
  * The caller begins a batch, fills the input vectors with its rows, runs it, and reads the results, which stand until the next
- * one begins.
- * Vectors are made once and used for every batch. An evaluator belongs to one thread; several evaluate one plan at once.
+ * one begins. Vectors are made once and used for every batch. An evaluator belongs to one thread; several evaluate one plan at
+ * once.
  */
 #ifndef QZENGINE_EVALUATOR_H
 #define QZENGINE_EVALUATOR_H

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Holds the loops of bop/vectorised.list against what g++ reports: check-vectorised.py BUILD_FOLDER
 
-Each source of the list is compiled once more with the flags of the build, with the compiler's record of its optimisations beside
-it. A line of the list passes when, for each width, at least as many different loops of the named function or worker were
+Each source of the list is compiled once more with the flags of the build, with the compiler's record of its optimisations
+beside it. A line of the list passes when, for each width, at least as many different loops of the named function or worker were
 vectorised with vectors of that many bytes.
 """
 

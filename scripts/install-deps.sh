@@ -11,8 +11,10 @@
 set -eu
 
 run='g++ make cmake ninja-build pkg-config libcli11-dev libfmt-dev libicu-dev libssl-dev'
-# python3 and libcsv are oracles of the tests; libclang-rt-14-dev holds clang's sanitizers and libFuzzer; git lists the files to check.
-check="$run binutils clang clang-format clang-tidy git libbenchmark-dev libclang-rt-14-dev libcsv-dev libgmock-dev libgtest-dev python3"
+# python3 and libcsv are oracles of the tests; libclang-rt-14-dev holds clang's sanitizers and libFuzzer; git lists the files to
+# check.
+check="$run binutils clang clang-format clang-tidy git libbenchmark-dev libclang-rt-14-dev libcsv-dev libgmock-dev libgtest-dev"
+check="$check python3"
 coverage="$check gcovr"
 
 case "${1:---check}" in

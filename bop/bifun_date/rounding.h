@@ -5,14 +5,15 @@
 //   year         from July on up
 //   quarter      from the 16th of its second month on up
 //   month        from the 16th on up
-//   week         of the year, of the month: from the fifth day on up; of 1582, where truncation counts from 1582-10-15, from Fridays
+//   week         of the year, of the month: from the fifth day on up; of 1582, where truncation counts from 1582-10-15, from
+//                Fridays
 //   week start   to a Sunday; the half is Wednesday noon, which goes up
 //   ISO week     to a Monday, from Friday on up; a Sunday belongs to the Monday behind it
 //   hour         from 30 minutes and 30 seconds on up: 10:30:29 gives 10:00
 //   minute       from 30 seconds on up
 //
-// The time of day plays no part but where it is named. The units from a month on set the zone to TZ_NONE, the smaller ones keep
-// it.
+// The time of day plays no part but where it is named. The units from a month on set the zone to TZ_NONE, the smaller ones
+// keep it.
 #pragma once
 
 #include "bop/bifun_date/date_step.h"

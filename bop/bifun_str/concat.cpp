@@ -1,8 +1,8 @@
 // concat(a, b).
 //
-// Blanks stay a count as long as no text follows them: 'a' with two blanks and 'b' is 'a  b', with an empty text it is 'a' with two
-// blanks. The limit is on stored bytes, so that a value may be longer than 32767 with its blanks. One operand alone is handed
-// on: b whatever its length, a up to the limit, and beyond it under another code than that of the two together.
+// Blanks stay a count as long as no text follows them: 'a' with two blanks and 'b' is 'a  b', with an empty text it is 'a' with
+// two blanks. The limit is on stored bytes, so that a value may be longer than 32767 with its blanks. One operand alone is
+// handed on: b whatever its length, a up to the limit, and beyond it under another code than that of the two together.
 #include <cstring>
 
 #include "bop/bifun_str/text.h"

@@ -3,15 +3,14 @@
 //   - The plain and the all-blank scan take the start as a signed 16-bit number: 65538 is 2, and 40000 is -25536, which passes
 //     no character and is still added to what is found, instr('abc', 'c', 40000) being -25534.
 //   - Where an occurrence of a pattern of blanks is not stored, it is counted from the blanks that end the stored text: what
-//     stands
-//     further in front counts for nothing. Two blanks stand in 'ab  c ' with two implied ones at 3, 6 and 7, the second time at 7.
+//     stands further in front counts for nothing. Two blanks stand in 'ab  c ' with two implied ones at 3, 6 and 7, the second
+//     time at 7.
 //   - instrb takes a start inside the last character, but at its last byte, as it stands, and counts the bytes from there on
 //     for blanks: two blanks are found in '\u00e9\u4e2d' from byte 4 on at 4.
 //   - The scan for a pattern with blanks takes the start, a number of characters, for the byte at which the search begins,
-//     until
-//     the first hit is behind it. The two differ behind multibyte characters: 'b' and 2 blanks is not found in '\u00e9b  ' from the
-//     second character on, since byte 2 begins none, and in '\u00e9\u00e9b  ' from the third on at 2. Bytes behind the stored text
-//     are no blanks to that scan.
+//     until the first hit is behind it. The two differ behind multibyte characters: 'b' and 2 blanks is not found in
+//     '\u00e9b  ' from the second character on, since byte 2 begins none, and in '\u00e9\u00e9b  ' from the third on at 2.
+//     Bytes behind the stored text are no blanks to that scan.
 //   - A hit too near the end of the stored text for its blanks ends that scan, though the next may end the text: 'b' and 2
 //     blanks is not found in 'abb' with 2 implied ones from 2 on.
 //   - After a hit with n blanks, that scan goes on at character n + 1 at the earliest: a stored blank and 3 implied ones stand

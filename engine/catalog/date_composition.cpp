@@ -13,8 +13,7 @@ std::vector<Function> date_composition_functions() {
          .parameters = {{"year", kInt}, {"month", kInt}, {"day", kInt}, {"hour", kInt}, {"minute", kInt}},
          .result = kDatetime,
          .help = "The datetime of these fields. What is out of its range carries into the larger ones; day 0 is the last of "
-                 "the month "
-                 "before.",
+                 "the month before.",
          .errors = {EC_YEAR_ZERO, EC_DATE_OUT_OF_RANGE, EC_DATE_VALUE_INVALID},
          .forms = {{"aaaaa", "bto_datetime_aaaaa_date", &bto_datetime_aaaaa_date},
                    {"aaaav", "bto_datetime_aaaav_li_date", &bto_datetime_aaaav_li_date},

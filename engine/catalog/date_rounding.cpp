@@ -27,8 +27,7 @@ constexpr const char* kTruncHelp =
     "HH or MI.";
 constexpr const char* kRoundHelp =
     "value to the nearest CC, YYYY, Q, MM, WW (week from January 1), W (from the first of the month), IW (Monday), DAY "
-    "(Sunday), DD, "
-    "HH or MI.";
+    "(Sunday), DD, HH or MI.";
 constexpr const char* kRoundDateHelp =
     "date to the nearest CC, YYYY, Q, MM, WW (week from January 1), W (from the first of the month), DAY (Sunday) or DD.";
 constexpr const char* kTimeHelp = "value cut to HH or MI.";

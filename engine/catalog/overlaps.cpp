@@ -14,12 +14,10 @@ using enum ValueType;
 
 constexpr const char* kPointsHelp =
     "1 where the periods overlap or touch, else 0. Of a period one point may be NULL; NULL where both are. Also (start1, end1) "
-    "OVERLAPS "
-    "(start2, end2).";
+    "OVERLAPS (start2, end2).";
 constexpr const char* kLengthsHelp =
     "1 where the periods overlap or touch, else 0. A NULL length leaves a point; NULL where a start is. Also (start1, length1) "
-    "OVERLAPS "
-    "(start2, length2).";
+    "OVERLAPS (start2, length2).";
 
 Function overlaps(ValueType start, ValueType other, const char* first, const char* second, const char* help,
                   std::vector<int32_t> errors, std::vector<Form> forms, std::vector<Example> examples) {

@@ -11,10 +11,8 @@ constexpr const char* kInstrHelp =
     "occurrence counts overlapping matches.";
 constexpr const char* kInstrbHelp =
     "Position of the pattern in the text, in bytes from 1, or 0. A start below 0 searches from the end leftwards; the "
-    "occurrence "
-    "counts overlapping matches.";
+    "occurrence counts overlapping matches.";
 
-// NULL for an empty text or pattern: a rule of its own, that comes on top of NULL for NULL.
 // A constant CLOB, searched for the patterns of a column.
 Function search_in_clob() {
     return {.name = "instr",

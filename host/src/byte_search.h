@@ -4,8 +4,8 @@
 // true, and answers whether it did. The pattern has at least one byte and the text at least as many. Nothing is read outside
 // either.
 //
-//   scan_ends      compares the first and the last byte of sixteen places at once. The fastest by far for what people search; needs
-//                  no preparation. At worst pattern times text, which its caller may cut short.
+//   scan_ends      compares the first and the last byte of sixteen places at once. The fastest by far for what people search;
+//                  needs no preparation. At worst pattern times text, which its caller may cut short.
 //   boyer_moore    skips by two prepared tables; passes long patterns by large steps.
 //   shift_or       one word of state, patterns under 32 bytes. For machines without vectors.
 #pragma once

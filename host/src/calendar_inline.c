@@ -1,4 +1,5 @@
-/* The services that calendar.h defines inline, once more as symbols: for callers in other languages and for function pointers. */
+/* The services that calendar.h defines inline, once more as symbols: for callers in other languages and for function
+ * pointers. */
 #include "qzhost/calendar.h"
 
 extern inline int32_t host_julian_number(int32_t year, int32_t month, int32_t day);

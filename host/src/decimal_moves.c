@@ -1,4 +1,5 @@
-/* The services that decimal.h defines inline, once more as symbols: for callers in other languages and for function pointers. */
+/* The services that decimal.h defines inline, once more as symbols: for callers in other languages and for function
+ * pointers. */
 #include "qzhost/decimal.h"
 
 extern inline void xdec_copy(xdec* destination, const xdec* source);

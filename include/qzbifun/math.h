@@ -105,7 +105,7 @@ bop_fn_aa btrunc_aa_math; /* string, int */
 bop_fn_av btrunc_av_li_math;
 bop_fn_va btrunc_va_s_math; /* the constant may hold digits and a point alone */
 
-/* One double rounded (trunc_flag 0) or truncated at n places, as above. 0 or EC_DATA_OVERFLOW; *result is written either way. */
+/* One double rounded (trunc_flag 0) or truncated at n places, as above. 0 or EC_DATA_OVERFLOW; *result is always written. */
 int32_t double_round_with_trunc_flag(double x, int32_t n, int32_t trunc_flag, double* result);
 
 /* The head of a number in text[0..len): whether it has a sign (0 or 1), and the index behind it. EC_INVALID_ARGUMENT, on the

@@ -174,7 +174,7 @@ struct bdta3_col;
 typedef struct bdta3_coldata {
     uint8_t* valid; /* one byte a physical row; 0: NULL */
     void* values;   /* typed array, indexed by physical row */
-    /* Stores a constant of the vector's own type in a row. 0, or EC_OUT_OF_MEMORY for a text, which leaves the row as it was. */
+    /* Stores a constant of the vector's own type in a row. 0, or EC_OUT_OF_MEMORY for a text: the row is as it was. */
     int32_t (*set_value)(qz_env* env, rt_memobj* rt_mem, struct bdta3_col* result, uint32_t row, const bdta3_scalar* value);
 } bdta3_coldata;
 

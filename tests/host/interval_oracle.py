@@ -2,7 +2,8 @@
 
 usage: interval_oracle.py SEED COUNT
 
-Each line: the number, a unit, then the fields of the interval, day hour minute second microsecond or year month; or the word range.
+Each line: the number, a unit, then the fields of the interval, day hour minute second microsecond or year month; or the word
+range.
 """
 
 import random

@@ -2,8 +2,8 @@
 
 Usage: exact_functions_oracle.py PATH_OF_EXACT_FUNCTIONS_TRACE BATCHES [SEED]
 
-Runs exact_functions_trace, works out every call again and compares the texts. Exits with 1 at the first line that differs; the seed
-is printed.
+Runs exact_functions_trace, works out every call again and compares the texts. Exits with 1 at the first line that differs; the
+seed is printed.
 """
 
 import subprocess

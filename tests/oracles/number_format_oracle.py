@@ -3,8 +3,8 @@
 
 usage: number_format_oracle.py SEED COUNT
 
-Lines of five fields between tabs: number, format, NLS parameters (may be empty), the text that the format writes, and the number
-that it reads back from that text, or "none" for a field of '#'.
+Lines of five fields between tabs: number, format, NLS parameters (may be empty), the text that the format writes, and the
+number that it reads back from that text, or "none" for a field of '#'.
 
 The format is not parsed here: it is put together along with what is expected of it.
 """
@@ -162,7 +162,8 @@ def scientific(rng, number, locale):
     currency = rng.choice(["", "", "$", "C"])
     fraction = rng.choice([0, 1, 3, rng.randint(0, 50)])
     has_point = fraction > 0 or rng.random() < 0.2
-    text = ("FM" if fill_mode else "") + ("S" if sign == "S<" else "") + currency + "".join(rng.choice("90") for _ in range(rng.randint(1, 3)))
+    text = ("FM" if fill_mode else "") + ("S" if sign == "S<" else "") + currency
+    text += "".join(rng.choice("90") for _ in range(rng.randint(1, 3)))
     text += ("." if literal else "D") * has_point + "".join(rng.choice("90") for _ in range(fraction)) + "EEEE"
     text += {"S>": "S", "MI": "MI", "PR": "PR"}.get(sign, "")
     magnitude, exponent = abs(number), 0

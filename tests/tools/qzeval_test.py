@@ -85,7 +85,8 @@ class QzevalTest(unittest.TestCase):
             "1582-10-04,1582-10-15 00:00:00,2024-02-29 10:30:00 +08:00,,0\n",
         )
         self.expect(qzeval("d, datediff(day, d, t) AS n", file, "--where", "d < DATE '1600-01-01'"), 0, "d,n\n1582-10-04,1\n")
-        self.expect(qzeval("z", file, "--type", "d=colour"), 2, stderr="--type d=colour: colour is no type; there are int, bigint, decimal")
+        self.expect(qzeval("z", file, "--type", "d=colour"), 2,
+                    stderr="--type d=colour: colour is no type; there are int, bigint, decimal")
         self.expect(qzeval("d", file, "--type", "d=time"), 3, stderr="line 2, column d: '2024-01-31' is no time")
         self.expect(qzeval("DATE '2024-02-30'"), 2, stderr="'2024-02-30' is no date\n  DATE '2024-02-30'\n       ^")
         failed = qzeval("dateadd(year, 9999, d)", file)
@@ -110,7 +111,8 @@ class QzevalTest(unittest.TestCase):
 
     def test_char_and_lob_columns(self):
         file = self.path("in.csv", "name,text\nAda   ,one\n\"\",\nAlan,three\n")
-        self.expect(qzeval("name, text", file, "--type", "name=char(5)", "--type", "text=CLOB"), 0, "name,text\nAda,one\n\"\",\nAlan,three\n")
+        self.expect(qzeval("name, text", file, "--type", "name=char(5)", "--type", "text=CLOB"), 0,
+                    "name,text\nAda,one\n\"\",\nAlan,three\n")
         self.expect(qzeval("name", file, "--type", "name=char(5)", "--where", "name = 'Ada '"), 0, "name\nAda\n")
         self.expect(qzeval("name", file, "--type", "name=Varchar", "--where", "name = 'Ada'"), 0, "name\nAda   \n")
         self.expect(qzeval("name", file, "--type", "name=char(3)"), 3, None,
@@ -119,7 +121,8 @@ class QzevalTest(unittest.TestCase):
             self.expect(qzeval("name", file, "--type", f"name={wrong}"), 2, "",
                         f"--type name={wrong}: char wants a number of characters from 1 to 32767, such as char(20)")
         self.expect(qzeval("name", file, "--type", "name=clob(5)"), 2, "", "clob takes nothing in parentheses")
-        self.expect(qzeval("CAST('it''s' AS char(6)) AS c, CAST('x' AS clob) AS l", "--format", "json"), 0, '[\n{"c":"it\'s","l":"x"}\n]\n')
+        self.expect(qzeval("CAST('it''s' AS char(6)) AS c, CAST('x' AS clob) AS l", "--format", "json"), 0,
+                    '[\n{"c":"it\'s","l":"x"}\n]\n')
 
     def test_files_of_every_character_set(self):
         """Python's codecs say what the bytes are. The texts are of characters that all three sets have."""
@@ -146,7 +149,7 @@ class QzevalTest(unittest.TestCase):
                 self.expect(qzeval("abs(CAST(이름 AS bigint))", *common), 1, None, "with 이름 = '가나  '")
 
     def test_strings_in_every_character_set(self):
-        """Python upper-cases and counts; a string of characters that all sets have, with Greek and Cyrillic letters of two bytes."""
+        """Python upper-cases and counts; the characters are in all sets, Greek and Cyrillic letters of two bytes among them."""
         names = ["ωmega юг", "가나 abc", "Z", "", "中文αβγ ж"]
         for charset, codec in ("utf8", "utf-8"), ("gb18030", "gb18030"), ("euc-kr", "euc_kr"):
             with self.subTest(charset=charset):
@@ -187,7 +190,8 @@ class QzevalTest(unittest.TestCase):
                 file = self.path("in.csv")
                 pathlib.Path(file).write_bytes(b"s\na" + bad + b"z\n")
                 self.assertEqual(qzeval("s", file, "--charset", charset).stdout, b"s\na" + bad + b"z\n")
-                self.assertEqual(json.loads(qzeval("s", file, "--charset", charset, "--format", "json").stdout), [{"s": "a\ufffdz"}])
+                self.assertEqual(json.loads(qzeval("s", file, "--charset", charset, "--format", "json").stdout),
+                                 [{"s": "a\ufffdz"}])
         self.expect(qzeval("'é'", "--charset", "euc-kr"), 2, "", "euc-kr has no character é\n  'é'\n  ^\n")
         result = qzeval("1 AS é", "--charset", "euc-kr")
         self.expect(result, 2, "", "the name é cannot be written: euc-kr has no character é; AS gives another name")
@@ -221,7 +225,8 @@ class QzevalTest(unittest.TestCase):
         self.expect(one, 0)
         self.assertGreater(one.stdout.count(b"\n"), 20000)
         for threads in "2", "4":
-            self.assertEqual(qzeval("ceil(price), abs(n), price", file, "--where", "price > 0", "--threads", threads).stdout, one.stdout)
+            self.assertEqual(qzeval("ceil(price), abs(n), price", file, "--where", "price > 0", "--threads", threads).stdout,
+                             one.stdout)
 
     # ---- What it tells
 
@@ -231,7 +236,8 @@ class QzevalTest(unittest.TestCase):
         self.assertRegex(listed, r"(?m)^ceil\(x decimal\) -> decimal +\S")
         self.expect(qzeval("--functions", "ABS"), 0)
         told = qzeval("--functions", "abs").stdout.decode()
-        for part in ("abs(x bigint) -> bigint", "NULL: ", "error: EC_DATA_OVERFLOW (-6102), ", "form a: babs_a_math_int", "abs(-7) is 7"):
+        for part in ("abs(x bigint) -> bigint", "NULL: ", "error: EC_DATA_OVERFLOW (-6102), ", "form a: babs_a_math_int",
+                     "abs(-7) is 7"):
             self.assertIn(part, told)
         self.expect(qzeval("--functions", "flor"), 2, "", "there is no function flor; did you mean floor?")
 
@@ -256,29 +262,34 @@ class QzevalTest(unittest.TestCase):
     # ---- What goes wrong
 
     def test_errors_of_the_expression_are_shown_where_they_stand(self):
-        self.expect(qzeval("abs(1"), 2, "", "qzeval: expected a comma or a closing parenthesis, the expression ends here\n  abs(1\n       ^\n")
+        self.expect(qzeval("abs(1"), 2, "",
+                    "qzeval: expected a comma or a closing parenthesis, the expression ends here\n  abs(1\n       ^\n")
         self.expect(qzeval("1,\nabs(é(2))"), 2, "", "\n  abs(é(2))\n      ^\n")
         self.expect(qzeval("'中文', abs(1"), 2, "", "\n  '中文', abs(1\n" + " " * 15 + "^\n")
-        self.expect(qzeval("n", self.path("in.csv", "n\n1\n"), "--where", "m = 1"), 2, "", "there is no column m; the columns are n\n  m = 1\n  ^\n")
+        self.expect(qzeval("n", self.path("in.csv", "n\n1\n"), "--where", "m = 1"), 2, "",
+                    "there is no column m; the columns are n\n  m = 1\n  ^\n")
 
     def test_wrong_usage(self):
         for arguments in ((), ("--threads", "0", "1"), ("--threads", "x", "1"), ("--no-such-option", "1"), ("1", "a", "b"),
                           ("--format", "xml", "1"), ("--charset", "ascii", "1"), ("--session-time-zone", "8", "1"),
                           ("--session-time-zone", "+15:00", "1"), ("--session-time-zone", "+08:60", "1"),
-                          ("--type", "n", "n", CITIES), ("--type", "n=colour", "n", CITIES), ("--type", "x=int", "city", CITIES),
+                          ("--type", "n", "n", CITIES), ("--type", "n=colour", "n", CITIES),
+                          ("--type", "x=int", "city", CITIES),
                           ("--type", "city=int", "1")):
             result = qzeval(*arguments)
             self.expect(result, 2, "")
             self.assertNotEqual(result.stderr, b"", arguments)
 
     def test_session_options_are_accepted(self):
-        self.expect(qzeval("1", "--session-time-zone", "-03:30", "--compat-mode", "2", "--charset", "GB18030", "--case-insensitive"), 0)
+        self.expect(qzeval("1", "--session-time-zone", "-03:30", "--compat-mode", "2", "--charset", "GB18030",
+                           "--case-insensitive"), 0)
 
     def test_a_function_that_fails(self):
         file = self.path("in.csv", "n\n1\n\n-9223372036854775808\n")
         self.expect(qzeval("abs(n)", file), 1, None,
                     "qzeval: row 3 (line 4): abs(n) failed: numeric overflow")
-        self.expect(qzeval("abs(n)", file), 1, None, "  with n = -9223372036854775808\n  reported by babs_a_process_int (-6102)\n")
+        self.expect(qzeval("abs(n)", file), 1, None,
+                    "  with n = -9223372036854775808\n  reported by babs_a_process_int (-6102)\n")
 
     def test_an_input_that_cannot_be_read(self):
         self.expect(qzeval("n", "/nonexistent/in.csv"), 3, "", "cannot open /nonexistent/in.csv: No such file or directory")
@@ -287,7 +298,8 @@ class QzevalTest(unittest.TestCase):
         self.expect(qzeval("a", self.path("in.csv", "a,b\n1\n")), 3, "", "in.csv: line 2: column b is missing")
 
     def test_an_output_that_cannot_be_written(self):
-        self.expect(qzeval("1", "-o", "/nonexistent/out.csv"), 4, "", "cannot write /nonexistent/out.csv: No such file or directory")
+        self.expect(qzeval("1", "-o", "/nonexistent/out.csv"), 4, "",
+                    "cannot write /nonexistent/out.csv: No such file or directory")
         with open("/dev/full", "wb") as full:
             result = subprocess.run([QZEVAL, "1"], stdout=full, stderr=subprocess.PIPE, timeout=60)
         self.assertEqual(result.returncode, 4)

@@ -240,9 +240,10 @@ inline int32_t qztime_cmp(const qztime* a, const qztime* b) {
     return (apart > 0) - (apart < 0);
 }
 
-/* Compares the fields from part code field down to the fraction (1 year, 2 month ... 6 second, 7 fraction). The sign is that of
- * "time left": -1 when a's fields lie later than b's, 1 when they lie earlier, 0 when they are equal. So a count of years from
- * a to b that is positive is one too many when the months and what follows compare -1. Any other field: 0. Zones play no part. */
+/* Compares the fields from part code field down to the fraction (1 year, 2 month ... 6 second, 7 fraction). The sign is that
+ * of "time left": -1 when a's fields lie later than b's, 1 when they lie earlier, 0 when they are equal. So a count of years
+ * from a to b that is positive is one too many when the months and what follows compare -1. Any other field: 0. Zones play
+ * no part. */
 inline int32_t qztime_compare(const qztime* a, const qztime* b, int32_t field) {
     if (field < HOST_PART_YEAR || field > HOST_PART_MILLISECOND) return 0;
     const uint32_t unused_bits =
@@ -351,8 +352,9 @@ inline int32_t host_add_days(const qztime* value, int64_t days, qztime* out) {
 /* qztime_add_by_fmt for any part code. */
 int32_t host_add_part(const qztime* value, int32_t part, int64_t count, qztime* out);
 
-/* Adds count units of a part: 1 year, 2 month, 3, 9, 11 day, 4 hour, 5 minute, 6 second, 7 millisecond, 8 quarter, 10 week, 14
- * microsecond. Years, quarters and months keep the day, or take the last of a shorter month. Other codes: EC_INVALID_ARGUMENT. */
+/* Adds count units of a part: 1 year, 2 month, 3, 9, 11 day, 4 hour, 5 minute, 6 second, 7 millisecond, 8 quarter, 10 week,
+ * 14 microsecond. Years, quarters and months keep the day, or take the last of a shorter month. Other codes:
+ * EC_INVALID_ARGUMENT. */
 inline int32_t qztime_add_by_fmt(const qztime* value, int32_t part, int64_t count, qztime* out) {
     return part == HOST_PART_DAY ? host_add_days(value, count, out) : host_add_part(value, part, count, out);
 }

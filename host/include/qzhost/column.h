@@ -20,7 +20,7 @@
 extern "C" {
 #endif
 
-/* ---- Fixed widths: values[row] receives the record's value, valid[row] whether the record has one (0 or 1) ---------------- */
+/* ---- Fixed widths: values[row] receives the record's value, valid[row] whether the record has one (0 or 1) --------------- */
 
 inline void bdta3_set_int(qz_env* env, rt_memobj* rt_mem, bdta3_col* col, uint32_t row, const bdta3_int* record) {
     (void)env, (void)rt_mem;
@@ -111,7 +111,7 @@ int32_t bdta3_str_is_in_local(const bdta3_coldata* block, const char* text);
  * then, or all are as before. */
 int32_t bdta3_col_copy(qz_env* env, rt_memobj* rt_mem, bdta3_col* destination, const bdta3_col* source, uint32_t nrows);
 
-/* ---- Overflow tests: 0 when the value may be stored, EC_DATA_OVERFLOW for an infinity or a value out of range -------------- */
+/* ---- Overflow tests: 0 when the value may be stored, EC_DATA_OVERFLOW for an infinity or a value out of range ------------ */
 
 int32_t ntype_is_double_overflow(double value); /* NaN may be stored */
 int32_t ntype_is_float_overflow(double value);  /* out of range: the nearest float would be infinite. NaN may be stored */

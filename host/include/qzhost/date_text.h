@@ -3,12 +3,12 @@
  *
  * What is read. Blanks around the text do not count. Letters are read in any case.
  *
- *   date       2024-02-29, 2024/2/29, 2024.2.29: year, month and day with the same separator twice, one of - / . @ # $ % * &. A year
- *              of one to four digits stands for itself: 24-1-2 is in the year 24. It may have a sign. Compact: 20240229.
- *   time       10:30, 10:30:15, 10:30:15.123456789; fraction digits behind the ninth are dropped. A comma serves as the point. Compact:
- *              1030, 103015, 103015.5, behind a date or a T. Behind a time may stand AM or PM.
- *   both       a date, then blanks or a T, then a time; two compact ones need nothing between. A time alone is on 1900-01-01, a date
- *              alone at 00:00:00.
+ *   date       2024-02-29, 2024/2/29, 2024.2.29: year, month and day with the same separator twice, one of - / . @ # $ % * &. A
+ *              year of one to four digits stands for itself: 24-1-2 is in the year 24. It may have a sign. Compact: 20240229.
+ *   time       10:30, 10:30:15, 10:30:15.123456789; fraction digits behind the ninth are dropped. A comma serves as the point.
+ *              Compact: 1030, 103015, 103015.5, behind a date or a T. Behind a time may stand AM or PM.
+ *   both       a date, then blanks or a T, then a time; two compact ones need nothing between. A time alone is on 1900-01-01, a
+ *              date alone at 00:00:00.
  *   zone       behind a time, after any blanks: Z, UTC, +08:00, +0800, +8; from -14:00 to +14:00.
  *
  * A date in the gap of October 1582 becomes 1582-10-15. Lengths are byte counts; nothing behind them is read, and no NUL is

@@ -62,7 +62,8 @@ int32_t qz_interval_dt_from_char(qz_env* env, const char* text, qz_interval_dt* 
 void qz_interval_dt_to_char_oracle(const qz_interval_dt* interval, char* buffer, int32_t zero);
 
 /* So many of a unit, as an interval with qualifier HOST_IV_QUALIFIER_DT or HOST_IV_QUALIFIER_YM. Units: DAY, HOUR, MINUTE,
- * SECOND; YEAR, MONTH; any case, blanks around do not count. Rounded to the microsecond and to the month, half away from zero. */
+ * SECOND; YEAR, MONTH; any case, blanks around do not count. Rounded to the microsecond and to the month, half away from
+ * zero. */
 int32_t xdec_to_ivdt(const xdec* number, const char* unit, uint32_t unit_length, qz_interval_dt* out);
 int32_t xdec_to_ivym(const xdec* number, const char* unit, uint32_t unit_length, qz_interval_ym* out);
 

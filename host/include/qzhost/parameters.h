@@ -18,7 +18,8 @@ extern "C" {
 /* The present value of parameter number. The first argument is always 0. Cannot fail. */
 uint32_t ini_get_value(uint32_t zero, uint32_t number);
 
-/* Whether to_date without a format reads date-times (nonzero) or dates: an option of the server, host_set_oracle_date_format. */
+/* Whether to_date without a format reads date-times (nonzero) or dates: an option of the server; host_set_oracle_date_format
+ * sets it. */
 int32_t ini_enable_oracle_date_fmt(void);
 
 #ifdef __cplusplus
