@@ -62,6 +62,7 @@ class Encoder {
 }  // namespace
 
 Utf8CaseTable::Utf8CaseTable(Case to) {
+    for (uint32_t c = kFirstMultibyte; c < kTwoBytes; ++c) two_bytes_[c] = static_cast<uint16_t>(encode_utf8(c).sequence);
     for (uint32_t c = kFirstMultibyte; c < kPrefixes * 64; ++c) {
         const uint32_t mapped = map_code_point(c, to);
         if (mapped != c) add(c, mapped);
@@ -78,6 +79,20 @@ void Utf8CaseTable::add(uint32_t from, uint32_t to) {
         page = static_cast<uint8_t>(pages_in_use_++);
     }
     changes_[page][from % 64] = target.sequence - source.sequence;
+    if (source.length == 2) two_bytes_[from] = static_cast<uint16_t>(target.sequence);
+    add_lead(source.sequence, source.length);
+}
+
+void Utf8CaseTable::add_lead(Sequence from, int32_t length) {
+    const uint8_t lead = from & 0xFF;
+    uint8_t& set = sets_of_leads_[lead % 64];
+    if (set == 0) {
+        leads_by_low_half_[lead % 16] |= static_cast<uint8_t>(1 << (lead - 0xC0) / 16);
+        set = length == 2 ? kTwo : next_set_;
+        // When all bits are taken lead bytes share the last.
+        if (length > 2 && (next_set_ << 1 & kLonger) != 0) next_set_ = static_cast<uint8_t>(next_set_ << 1);
+    }
+    if (length > 2) sets_of_seconds_[(from >> 8) % 64] |= set;
 }
 
 const Utf8CaseTable& Utf8CaseTable::of(Case to) {
