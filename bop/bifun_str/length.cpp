@@ -88,8 +88,9 @@ struct LengthInCharacters {
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* text) {
         if (nrows == 0 || text->sel != nullptr) return run<LengthRow<Kind>>(call, result, nrows, text);
         result->all_valid = text->all_valid;
-        return rows_by_runs(text, nrows,
-                            LengthRows<Kind>{call, frame::Output(result), DenseVector<Text>(*text), {!Kind::zero_for_empty()}});
+        using Rows = LengthRows<Kind>;
+        return rows_by_runs<RunOf::kSingleBytes>(
+            text, nrows, Rows{call, frame::Output(result), DenseVector<Text>(*text), {!Kind::zero_for_empty()}});
     }
 };
 

@@ -41,7 +41,7 @@ struct NlsUpperRow {
 
 void nothing_more(char*, uint32_t) {}
 
-// Runs of single bytes are copied and changed as a whole; kStart sees to the start of each row's text then.
+// Runs are copied and changed as a whole, since a character changes by itself; kStart sees to the start of each row's text then.
 template <class RowWorker, Change kChange, Change kStart>
 struct ChangedRows {
     const Call& call;
@@ -79,7 +79,7 @@ struct Changed {
         if (nrows == 0 || text->sel != nullptr) return run<RowWorker>(call, result, nrows, text);
         result->all_valid = text->all_valid;
         using Rows = ChangedRows<RowWorker, kChange, kStart>;
-        return rows_by_runs(text, nrows, Rows{call, frame::Output(result), DenseVector<Text>(*text), {}});
+        return rows_by_runs<RunOf::kCharacters>(text, nrows, Rows{call, frame::Output(result), DenseVector<Text>(*text), {}});
     }
 };
 

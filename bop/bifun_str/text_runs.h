@@ -3,13 +3,18 @@
 //
 // That is so where every byte is a character of its own. No character spans two rows then, and none of a row's bytes would be
 // part of a longer one in the row alone: it would be part of it in the run too.
+//
+// It is so in UTF-8 also where no text begins with a continuation byte, which all bytes of a character but its first are, and no
+// others. No character reaches into the next text then, and a sequence that a text cuts off is malformed in the run too.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
 #include "bop/frame/run.h"
+#include "qzbifun/codes.h"
 #include "qzhost/characters.h"
+#include "qzhost/parameters.h"
 
 namespace bifun {
 
@@ -42,16 +47,38 @@ inline TextRun find_text_run(const bdta3_colstr* slots, const uint8_t* valid, ui
     return run;
 }
 
+// What a run has to be of.
+enum class RunOf {
+    kSingleBytes,  // each byte is a character
+    kCharacters,   // its characters are those of its texts
+};
+
+inline bool host_takes_utf8() { return ini_get_value(0, SERVER_CHARSET) == 1; }
+
+// Whether each text of a run that is not empty begins with a byte that may begin a character of UTF-8.
+inline bool texts_begin_utf8_characters(const bdta3_colstr* slots, const uint8_t* valid, const TextRun& run) {
+    bool begins = true;
+    for (uint32_t i = run.begin; i < run.end; ++i) {
+        // An empty text may stand behind the last byte.
+        if (valid[i] != 0 && slots[i].len != 0) begins &= (static_cast<uint8_t>(slots[i].bytes[0]) & 0xC0) != 0x80;
+    }
+    return begins;
+}
+
 // The rows of a vector, the runs among them as a whole: rows.run(run) answers whether it did them all; rows.each(begin, end)
 // does them one by one and answers the code of the first that failed.
-template <class Rows>
+template <RunOf kOf, class Rows>
 int32_t rows_by_runs(const bdta3_col* texts, uint32_t nrows, Rows&& rows) {
     const auto* const slots = static_cast<const bdta3_colstr*>(texts->data->values);
+    const uint8_t* const valid = texts->data->valid;
+    const bool utf8 = kOf == RunOf::kCharacters && host_takes_utf8();
+    const auto is_run = [&](const TextRun& run) {
+        return utf8 ? texts_begin_utf8_characters(slots, valid, run) : qz_translate_from_str_has_mb(run.text, run.len) == 0;
+    };
     uint32_t between = kFewRowsBetweenRuns;
     for (uint32_t i = 0; i < nrows;) {
-        const TextRun run = find_text_run(slots, texts->data->valid, i, nrows);
-        if (run.end - i >= kLeastRunRows && run.len != 0 && qz_translate_from_str_has_mb(run.text, run.len) == 0 &&
-            rows.run(run)) {
+        const TextRun run = find_text_run(slots, valid, i, nrows);
+        if (run.end - i >= kLeastRunRows && run.len != 0 && is_run(run) && rows.run(run)) {
             between = kFewRowsBetweenRuns;
             i = run.end;
             continue;

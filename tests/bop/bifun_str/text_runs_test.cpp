@@ -115,10 +115,20 @@ class TextRuns : public testing::Test {
     support::Host host_;
 };
 
+// The same bytes, here and there divided between a row and the next in another place, which may be inside a character.
+void cut_elsewhere(Random& random, std::vector<Packed::Row>& rows) {
+    for (size_t i = 1; i < rows.size(); ++i) {
+        if (!rows[i - 1].valid || rows[i].text.empty() || random.below(20) != 0) continue;
+        rows[i - 1].text += rows[i].text[0];
+        rows[i].text.erase(0, 1);
+    }
+}
+
 std::vector<Packed::Row> random_rows(Random& random, uint32_t charset) {
     static constexpr std::string_view kPieces[] = {"a", "b", "Z", "7", " ", "-", "word ", "TWO words ", "x1y"};
     static constexpr std::string_view kLonger[] = {"\x81\x61", "\xC3\xA9", "\xB0\xA1"};
-    const uint32_t kind = random.below(5);  // 0, 1: ASCII; 2: also bytes that are no character; 3: a few longer ones; 4: many
+    // 0, 1: ASCII; 2: also bytes that are no character; 3: a few longer ones; 4: many; 5: many, and rows that cut them
+    const uint32_t kind = random.below(6);
     const bool long_rows = random.below(8) == 0;
     std::vector<Packed::Row> rows(1 + random.below(400));
     for (Packed::Row& row : rows) {
@@ -126,7 +136,7 @@ std::vector<Packed::Row> random_rows(Random& random, uint32_t charset) {
         for (uint32_t i = 0; i < pieces; ++i) {
             if (kind == 2 && random.below(20) == 0) {
                 row.text += '\xFF';
-            } else if ((kind == 3 && random.below(400) == 0) || (kind == 4 && random.below(3) == 0)) {
+            } else if ((kind == 3 && random.below(400) == 0) || (kind >= 4 && random.below(3) == 0)) {
                 row.text += kLonger[charset].substr(random.below(10) == 0, 2);
             } else {
                 row.text += kPieces[random.below(static_cast<uint32_t>(std::size(kPieces)))];
@@ -136,6 +146,7 @@ std::vector<Packed::Row> random_rows(Random& random, uint32_t charset) {
         if (random.below(5) == 0) row.blank = random.below(4);
         row.valid = random.below(kind == 1 ? 10 : 100) != 0;
     }
+    if (kind == 5) cut_elsewhere(random, rows);
     return rows;
 }
 
@@ -166,6 +177,56 @@ TEST_F(TextRuns, HalvesOfACharacterStayApart) {
             EXPECT_EQ(lengths.get<int32_t>(10), 3);
             compare_all(texts);
         }
+    }
+}
+
+// In UTF-8 a run may have longer characters, and malformed bytes that are no continuation.
+TEST_F(TextRuns, LongerCharactersOfUtf8) {
+    std::vector<Packed::Row> rows(30, {"abc d\xC3\xA9", 0, true});
+    rows[3].text = "\xD0\xB6x \xD1\x8F";
+    rows[7].text = "";
+    rows[8].text = "abc\xC3";  // the next text does not go on with this
+    rows[12].text = "\xFF\xE4\xB8";
+    rows[29].text = "";
+    Packed texts(rows);
+    const Vector upper = Vector::result<Text>(host_, 30);
+    ASSERT_EQ(bupper_a_str(host_.env(), host_.mem(), texts.dense(), upper.col(), 30), 0);
+    const Vector initcap = Vector::result<Text>(host_, 30);
+    ASSERT_EQ(binitcap_a_str(host_.env(), host_.mem(), texts.dense(), initcap.col(), 30), 0);
+    for (uint32_t i = 0; i < 30; ++i) {
+        const char* const raised = i == 3              ? "\xD0\x96X \xD0\xAF"
+                                   : i == 7 || i == 29 ? ""
+                                   : i == 8            ? "ABC\xC3"
+                                   : i == 12           ? "\xFF\xE4\xB8"
+                                                       : "ABC D\xC3\x89";
+        EXPECT_EQ(upper.get<Text>(i), (Text{raised, 0})) << i;
+        if (i != 3 && i != 7 && i != 8 && i != 12 && i != 29) {
+            EXPECT_EQ(initcap.get<Text>(i), (Text{"Abc D\xC3\xA9", 0})) << i;
+        }
+    }
+    EXPECT_EQ(initcap.get<Text>(3), (Text{"\xD0\xB6X \xD1\x8F", 0}));
+    EXPECT_EQ(initcap.get<Text>(8), (Text{"Abc\xC3", 0}));
+    compare_all(texts);
+}
+
+TEST_F(TextRuns, WhereTextsBeginCharacters) {
+    std::vector<Packed::Row> rows(10, {"\xC3\xA9", 0, true});
+    rows[0].valid = rows[9].valid = false;
+    rows[4].text = "";
+    const auto begin = [](const std::vector<Packed::Row>& all) {
+        Packed texts(all);
+        const bifun::TextRun run = bifun::find_text_run(texts.slots(), texts.valid(), 0, texts.rows());
+        EXPECT_EQ(run.end, 10u);
+        return bifun::texts_begin_utf8_characters(texts.slots(), texts.valid(), run);
+    };
+    EXPECT_TRUE(begin(rows));
+    for (const char* const first : {"\x7F", "\xC0", "\xFF", ""}) {
+        rows[5].text = rows[8].text = first;
+        EXPECT_TRUE(begin(rows)) << first;
+    }
+    for (const char* const first : {"\x80", "\xBF"}) {
+        rows[8].text = first;
+        EXPECT_FALSE(begin(rows)) << first;
     }
 }
 
