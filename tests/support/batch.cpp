@@ -350,6 +350,17 @@ void check_stack(const Expectation& expectation, const Host& host, Differences& 
     if (stack != expected) differences.add("error stack: " + print(stack) + ", expected: " + print(expected));
 }
 
+void check_exhausted_stack(const Rules& rules, const Host& host, Differences& differences) {
+    const std::vector<StackEntry> stack = host.errors();
+    if (rules.pushes.empty() ? stack.empty()
+                             : std::find(rules.pushes.begin(), rules.pushes.end(), stack) != rules.pushes.end()) {
+        return;
+    }
+    std::string expected = rules.pushes.empty() ? "empty" : "";
+    for (const std::vector<StackEntry>& one : rules.pushes) expected += (expected.empty() ? "" : " or ") + print(one);
+    differences.add("error stack of an exhausted call: " + print(stack) + ", expected: " + expected);
+}
+
 // True when the call failed for an allocation that was made to fail.
 bool is_exhaustion(const Batch& batch, int32_t code, int32_t expected) {
     if (batch.fail_after < 0 || code == expected) return false;
@@ -401,11 +412,13 @@ std::vector<std::string> run(Host& host, const Batch& batch, int32_t* answered) 
     if (answered != nullptr) *answered = code;
 
     Differences differences;
-    if (!is_exhaustion(batch, code, expectation.code())) {
+    if (is_exhaustion(batch, code, expectation.code())) {
+        check_exhausted_stack(batch.rules, host, differences);
+    } else {
         if (code != expectation.code()) {
             differences.add("returned " + print_code(code) + ", expected " + print_code(expectation.code()));
         }
-        if (batch.fail_after < 0) check_stack(expectation, host, differences);  // a stack that cannot grow drops its entries
+        check_stack(expectation, host, differences);
         check_flag(expectation, result.col()->all_valid, differences);
         for (uint32_t i = 0; i < n && !differences.full(); ++i) check_row(batch, expectation, result, i, differences);
     }

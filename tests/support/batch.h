@@ -27,16 +27,17 @@ struct Rules {
     enum class Exhaustion : uint8_t { memory, any, unchecked };
 
     Flag flag = Flag::combine;
-    uint32_t copied_argument = 1;                // Flag::copy: counted from 1
-    bool flag_lowered = false;                   // 0 when a row comes out NULL
-    bool flag_reads_constants = true;            // Flag::combine: has_value enters
-    Constants constants = Constants::ignored;    // what the rows make of a constant's has_value
-    Valid valid = Valid::set;                    // the valid byte of a computed row
-    Failure failure = Failure::numeric;          // what becomes of the row that failed
-    bool null_evaluated = false;                 // rows with NULL arguments are computed too
-    bool bytes_plain = false;                    // valid bytes of arguments are 0 and 1 only
-    Exhaustion exhaustion = Exhaustion::memory;  // the code when an allocation fails: EC_OUT_OF_MEMORY, or any failure
-    bool inputs_changed = false;                 // arguments may be written to
+    uint32_t copied_argument = 1;                 // Flag::copy: counted from 1
+    bool flag_lowered = false;                    // 0 when a row comes out NULL
+    bool flag_reads_constants = true;             // Flag::combine: has_value enters
+    Constants constants = Constants::ignored;     // what the rows make of a constant's has_value
+    Valid valid = Valid::set;                     // the valid byte of a computed row
+    Failure failure = Failure::numeric;           // what becomes of the row that failed
+    bool null_evaluated = false;                  // rows with NULL arguments are computed too
+    bool bytes_plain = false;                     // valid bytes of arguments are 0 and 1 only
+    Exhaustion exhaustion = Exhaustion::memory;   // the code when an allocation fails: EC_OUT_OF_MEMORY, or any failure
+    std::vector<std::vector<StackEntry>> pushes;  // the stacks that may stand then; none told: an empty one
+    bool inputs_changed = false;                  // arguments may be written to
 };
 
 struct Outcome {
@@ -85,7 +86,7 @@ struct Batch {
 };
 
 // Answers what differs, in at most a few lines; empty when the call did all that was expected. Where allocations fail, the call
-// may answer EC_OUT_OF_MEMORY instead, and its rows count for nothing then. `code` receives what the call answered.
+// may answer EC_OUT_OF_MEMORY instead, with one of the stacks that the rules tell for it; its rows count for nothing then. `code` receives what the call answered.
 std::vector<std::string> run(Host& host, const Batch& batch, int32_t* code = nullptr);
 
 // A small generator of reproducible numbers.

@@ -297,9 +297,19 @@ void parse_copied_argument(Words& words, const std::vector<CaseForm*>& forms) {
     }
 }
 
+// "pushes none or f_process, self": the stacks that an exhausted call may leave.
+void parse_pushes(Words& words, const std::vector<CaseForm*>& forms) {
+    std::vector<std::vector<StackEntry>> stacks;
+    do {
+        stacks.push_back(parse_stack(words, EC_OUT_OF_MEMORY));
+    } while (words.take("or"));
+    for (CaseForm* form : forms) form->rules.pushes = stacks;
+}
+
 // One rule, "flag copy 2 lowered" or "valid kept", for each of the forms.
 void parse_rule(Words& words, const std::vector<CaseForm*>& forms) {
     const std::string rule = words.next("a rule");
+    if (rule == "pushes") return parse_pushes(words, forms);
     const auto is_rule = [](const std::string& word) {
         return std::any_of(std::begin(kRuleWords), std::end(kRuleWords),
                            [&](const RuleWord& known) { return word == known.rule; });

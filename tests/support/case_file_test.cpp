@@ -20,6 +20,7 @@ function f(double, int) -> bigint  aa=f_aa av=f_av  valid kept   # behind the fo
 forms  va=f_va
 rules  failure string
 rules for av va  flag copy 2 lowered  constants rows
+rules for va  pushes none or f_process, self
 
 1.5 2 -> 3
 with compat_mode 3 charset 0 parameter JSON_MODE 2
@@ -48,13 +49,17 @@ function g(str)  a=g
     EXPECT_TRUE(f.forms[2].rules.flag_lowered);
     EXPECT_FALSE(f.forms[2].rules.flag_reads_constants);
     EXPECT_EQ(f.forms[2].rules.constants, Rules::Constants::rows);
+    EXPECT_TRUE(f.forms[1].rules.pushes.empty());
+    ASSERT_EQ(f.forms[2].rules.pushes.size(), 2u);
+    EXPECT_EQ(print(f.forms[2].rules.pushes[0]), "empty");
+    EXPECT_EQ(print(f.forms[2].rules.pushes[1]), "-503 f_process, -503 self");
 
     ASSERT_EQ(f.lines.size(), 3u);
     EXPECT_EQ(f.lines[0].settings, Settings());
     EXPECT_EQ(from_cell<double>(f.lines[0].arguments[0]), 1.5);
     EXPECT_EQ(from_cell<int64_t>(f.lines[0].outcome.value), 3);
     const CaseLine& second = f.lines[1];
-    EXPECT_EQ(second.line, 10);
+    EXPECT_EQ(second.line, 11);
     EXPECT_EQ(second.settings.compat_mode, 3u);
     EXPECT_EQ(second.settings.charset, 0u);
     EXPECT_EQ(second.settings.time_zone, -330);
@@ -123,6 +128,10 @@ TEST(CaseFile, TakesNothingItDoesNotKnow) {
              "rules flag sometimes",
              "rules for va valid kept",
              "rules colour red",
+             "rules pushes",
+             "rules pushes f,",
+             "rules pushes none or",
+             "rules pushes f:x",
              "forms aaa=h",
              "forms vv=h",
              "forms ab=h",

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <memory>
 #include <optional>
+#include <set>
 
 #include "qzbifun/qzbifun.h"
 
@@ -52,19 +53,24 @@ constexpr Place kPlaces[] = {{1, 0}, {2, 0}, {2, 1}, {63, 31}, {64, 0}, {64, 63}
 enum class Neighbours : uint8_t { others, nulls, mixed, same };
 enum class Bytes : uint8_t { one, all_bits, other_bit, mixed };
 
+// The stacks of the forms' rules that an exhausted call has left.
+using SeenStacks = std::set<const std::vector<StackEntry>*>;
+
 class FormReplay {
   public:
-    FormReplay(const CaseFunction& function, const CaseForm& form, const CaseLine& line, void* address)
-        : form_(form), line_(line), random_(static_cast<uint64_t>(line.line)) {
+    FormReplay(const CaseFunction& function, const CaseForm& form, const CaseLine& line, void* address, SeenStacks& seen)
+        : form_(form), line_(line), seen_(seen), random_(static_cast<uint64_t>(line.line)) {
         batch_.form = form.form;
         batch_.extra = form.extra;
         batch_.arguments = function.arguments;
         batch_.result = function.result;
         batch_.rules = form.rules;
+        for (std::vector<StackEntry>& stack : batch_.rules.pushes) resolve(stack);
         batch_.function = address;
         batch_.constants = line.arguments;
         batch_.selections.assign(form.form.size(), Selection::none);
-        own_ = resolved(line.outcome);
+        own_ = line.outcome;
+        resolve(own_.stack);
         for (size_t j = 0; j < form.form.size(); ++j) {
             if (form.form[j] == 'a') vectors_.push_back(j);
         }
@@ -128,11 +134,10 @@ class FormReplay {
         return true;
     }
 
-    Outcome resolved(Outcome outcome) const {
-        for (StackEntry& entry : outcome.stack) {
+    void resolve(std::vector<StackEntry>& stack) const {
+        for (StackEntry& entry : stack) {
             if (entry.name == "self") entry.name = form_.exported;
         }
-        return outcome;
     }
 
     // ---- The ways in which the vectors lie behind their selections ----
@@ -282,10 +287,18 @@ class FormReplay {
             const int32_t code = call("4 rows, allocation " + std::to_string(n + 1) + " and all behind it fail");
             const bool as_told = code == 0 || (own_.kind != Outcome::Kind::value && code == own_.code);
             succeeded = as_told ? succeeded + 1 : 0;
+            if (!as_told) see(host_->errors());
         }
         batch_.fail_after = -1;
         if (n == kMostAllocations) failures_.push_back(form_.form + " " + form_.exported + ": never done with its allocations");
         call("4 rows, after its allocations failed");
+    }
+
+    // Remembers that an exhausted call left this one of the stacks that the form's rules tell.
+    void see(const std::vector<StackEntry>& stack) {
+        for (size_t i = 0; i < batch_.rules.pushes.size(); ++i) {
+            if (batch_.rules.pushes[i] == stack) seen_.insert(&form_.rules.pushes[i]);
+        }
     }
 
     // ---- Messages ----
@@ -311,6 +324,7 @@ class FormReplay {
 
     const CaseForm& form_;
     const CaseLine& line_;
+    SeenStacks& seen_;
     Random random_;
     Outcome own_;
     std::vector<size_t> vectors_;  // numbers of the arguments that are vectors
@@ -332,10 +346,8 @@ class CaseTest : public ::testing::Test {
 
     void TestBody() override {
         size_t replays = 0;
-        for (const CaseLine& line : function_.lines) {
-            for (const std::string& failure : support::replay(function_, line, find_, &replays)) {
-                ADD_FAILURE_AT(file_->path.c_str(), line.line) << line.text << "\n  " << failure;
-            }
+        for (const CaseFailure& failure : replay(function_, find_, &replays)) {
+            ADD_FAILURE_AT(file_->path.c_str(), failure.line) << failure.text;
         }
         RecordProperty("calls", static_cast<int>(replays));
     }
@@ -360,23 +372,33 @@ class MalformedFile : public ::testing::Test {
 
 }  // namespace
 
-std::vector<std::string> replay(const CaseFunction& function, const CaseLine& line, const FindFunction& find, size_t* replays) {
-    std::vector<std::string> failures;
-    bool ran = false;
+std::vector<CaseFailure> replay(const CaseFunction& function, const FindFunction& find, size_t* replays) {
+    std::vector<CaseFailure> failures;
+    const auto add = [&](int line, const std::string& text) { failures.push_back({line, text}); };
+    SeenStacks seen;
     size_t calls = 0;
-    for (const CaseForm& form : function.forms) {
-        void* address = find(form.exported);
-        if (address == nullptr) {
-            failures.push_back(form.exported + " is not exported");
+    for (const CaseLine& line : function.lines) {
+        bool ran = false;
+        for (const CaseForm& form : function.forms) {
+            void* address = find(form.exported);
+            if (address == nullptr) {
+                add(line.line, form.exported + " is not exported");
+                ran = true;
+                continue;
+            }
+            FormReplay form_replay(function, form, line, address, seen);
+            if (!form_replay.applies()) continue;
             ran = true;
-            continue;
+            for (const std::string& failure : form_replay.run(calls)) add(line.line, line.text + "\n  " + failure);
         }
-        FormReplay form_replay(function, form, line, address);
-        if (!form_replay.applies()) continue;
-        ran = true;
-        for (std::string& failure : form_replay.run(calls)) failures.push_back(std::move(failure));
+        if (!ran) add(line.line, line.text + "\n  no form can run the line");
     }
-    if (!ran) failures.emplace_back("no form can run the line");
+    for (const CaseForm& form : function.forms) {
+        for (const std::vector<StackEntry>& stack : form.rules.pushes) {
+            if (seen.count(&stack) != 0) continue;
+            add(function.line, form.exported + ": no exhausted call pushes what the rules tell: " + print(stack));
+        }
+    }
     if (replays != nullptr) *replays += calls;
     return failures;
 }

@@ -151,10 +151,8 @@ std::string replay_all(const char* text, const Functions& functions) {
         return found == functions.end() ? nullptr : found->second;
     };
     for (const CaseFunction& function : file.functions) {
-        for (const CaseLine& line : function.lines) {
-            for (const std::string& failure : replay(function, line, find)) {
-                failures += "line " + std::to_string(line.line) + ": " + failure + "\n";
-            }
+        for (const CaseFailure& failure : replay(function, find)) {
+            failures += "line " + std::to_string(failure.line) + ": " + failure.text + "\n";
         }
     }
     return failures;
@@ -249,7 +247,18 @@ TEST(CaseRunner, SeesWrongExpectations) {
 
 // ---- echo(str): texts -------------------------------------------------------------------------------------------------------
 
-enum class TextFault { none, blank_dropped, cut, keeps_memory, writes_argument, forgets_exhaustion, other_code, leaks_scratch };
+enum class TextFault {
+    none,
+    blank_dropped,
+    cut,
+    keeps_memory,
+    writes_argument,
+    forgets_exhaustion,
+    other_code,
+    leaks_scratch,
+    pushes_other,
+    pushes_twice,
+};
 
 template <TextFault kFault>
 int32_t echo(qz_env* env, rt_memobj* mem, bdta3_col* x, bdta3_col* result, uint32_t nrows) {
@@ -265,6 +274,8 @@ int32_t echo(qz_env* env, rt_memobj* mem, bdta3_col* x, bdta3_col* result, uint3
         void* scratch = mem->alloc(env, mem->pool, 10, __FILE__, __LINE__);
         if (scratch == nullptr && kFault != TextFault::forgets_exhaustion) {
             result->data->valid[i] = 0;
+            qzerr_stk_push(env, EC_OUT_OF_MEMORY, kFault == TextFault::pushes_other ? "echo" : "echo_process");
+            if (kFault == TextFault::pushes_twice) qzerr_stk_push(env, EC_OUT_OF_MEMORY, "echo");
             return kFault == TextFault::other_code ? EC_DATA_OVERFLOW : EC_OUT_OF_MEMORY;
         }
         const int32_t code = bdta3_col_assign_str(env, mem, result, i, text.bytes, len, blank);
@@ -281,9 +292,8 @@ int32_t echo(qz_env* env, rt_memobj* mem, bdta3_col* x, bdta3_col* result, uint3
 }
 
 template <TextFault kFault>
-std::string replay_echo() {
-    return replay_all(R"(
-function echo(str)  a=echo
+std::string replay_echo(const char* pushes = "none or echo_process") {
+    return replay_all((std::string("function echo(str)  a=echo  pushes ") + pushes + R"(
 'ab'             -> 'ab'
 'ab'+3           -> 'ab'+3
 ''               -> ''
@@ -292,7 +302,8 @@ function echo(str)  a=echo
 x'00FF'&'a'*300  -> x'00ff'&'a'*300
 'x'*32767        -> 'x'*32767
 NULL             -> NULL
-)",
+)")
+                          .c_str(),
                       {{"echo", reinterpret_cast<void*>(echo<kFault>)}});
 }
 
@@ -308,6 +319,19 @@ TEST(CaseRunner, SeesHowAFunctionMeetsExhaustion) {
     EXPECT_TRUE(says(replay_echo<TextFault::forgets_exhaustion>(), "allocation"));
     EXPECT_TRUE(says(replay_echo<TextFault::other_code>(), "returned EC_DATA_OVERFLOW (-6102), expected 0"));
     EXPECT_TRUE(says(replay_echo<TextFault::leaks_scratch>(), "memory is out of balance"));
+}
+
+// The scratch space fails under a name, the vector's store without one.
+TEST(CaseRunner, SeesWhatAnExhaustedCallPushes) {
+    const char* wrong = "error stack of an exhausted call: -503 echo, expected: empty or -503 echo_process";
+    EXPECT_TRUE(says(replay_echo<TextFault::pushes_other>(), wrong));
+    EXPECT_TRUE(says(replay_echo<TextFault::pushes_twice>(), "-503 echo_process, -503 echo, expected: "));
+    EXPECT_EQ(replay_echo<TextFault::pushes_other>("none or self"), "");
+    EXPECT_EQ(replay_echo<TextFault::pushes_twice>("none or echo_process, self"), "");
+    EXPECT_TRUE(says(replay_echo<TextFault::none>("echo_process"), "exhausted call: empty, expected: -503 echo_process"));
+    EXPECT_TRUE(says(replay_echo<TextFault::none>("none"), "exhausted call: -503 echo_process, expected: empty"));
+    EXPECT_TRUE(says(replay_echo<TextFault::none>("none or echo_process or echo"),
+                     "echo: no exhausted call pushes what the rules tell: -503 echo"));
 }
 
 // ---- LOBs, and arguments beside the frame -----------------------------------------------------------------------------------
