@@ -25,6 +25,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "bop/bifun_str/find_in_block.h"
 #include "bop/bifun_str/folded_copy.h"
 #include "bop/bifun_str/instr_first.h"
 #include "bop/bifun_str/instr_scan.h"
@@ -89,6 +90,15 @@ struct FirstOfConstant {
         if (fold_) [[unlikely]]
             return folded_row(out, text);
         return store(out, all_blank_ ? find_blank_pattern<Unit>(*ctx_, text) : find_stored_pattern<Unit>(*ctx_, blanks_, text));
+    }
+
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& texts, const Constant<Text>&) const {
+        if (fold_ || all_blank_ || blanks_ != 0) return false;
+        uint32_t positions[frame::kBlockRows];
+        find_in_block(*ctx_, positions, n, texts);
+        Unit::turn_bytes_into(positions, n, texts.values);
+        store_positions<EmptyText::kIsNull>(out, begin, n, texts, positions);
+        return true;
     }
 
   private:

@@ -67,6 +67,10 @@ struct InCharacters {
         return is_short_ascii(text) ? place : qz_mbstrlen_ex(text.bytes, place - 1) + 1;
     }
     static uint32_t length(const Text& text) { return count_characters(text.bytes, text.len); }
+    // The positions of bytes in n texts, 0 where there is none.
+    static void turn_bytes_into(uint32_t* positions, uint32_t n, const bdta3_colstr* texts) {
+        host_characters_of_positions(positions, n, texts);
+    }
 
     // Each of the hits that a pattern with blanks needs is searched for by itself.
     static int32_t shift_or_occurrence(int32_t) { return 1; }
@@ -77,6 +81,7 @@ struct InBytes {
 
     static uint32_t position(const Text&, uint32_t place) { return place; }
     static uint32_t length(const Text& text) { return text.len; }
+    static void turn_bytes_into(uint32_t*, uint32_t, const bdta3_colstr*) {}
 
     // The service counts the stored parts, and the loop around it those with blanks behind them.
     static int32_t shift_or_occurrence(int32_t occurrence) { return occurrence; }

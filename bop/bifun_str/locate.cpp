@@ -12,6 +12,7 @@
 // out, and a constant CLOB read, by the first row that needs it and for all.
 #include <cstdint>
 
+#include "bop/bifun_str/find_in_block.h"
 #include "bop/bifun_str/lob_read.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/text_value.h"
@@ -202,12 +203,32 @@ struct Locate {
     TextSource text_source;
 };
 
+// A column of texts. Those that are written out as they stand are searched a block at a time.
+struct LocateVa : Locate<ConstantText, VectorText> {
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>& constant,
+              const TextBlock& texts) const {
+        const Text& pattern = constant.value;
+        if (pattern.len == 0 || pattern.blank != 0 || some_are_to_be_written_out(texts, n)) return false;
+        uint32_t positions[frame::kBlockRows];
+        host_find_in_texts(positions, n, texts.values, texts.valid, pattern.bytes, pattern.len, nullptr, nullptr);
+        host_characters_of_positions(positions, n, texts.values);
+        store_positions<EmptyText::kIsSearched>(out, begin, n, texts, positions);
+        return true;
+    }
+
+  private:
+    static bool some_are_to_be_written_out(const TextBlock& texts, uint32_t n) {
+        uint32_t blanks = 0;
+        for (uint32_t i = 0; i < n; ++i) blanks |= texts.valid[i] == 0 ? 0 : texts.values[i].blank;
+        return blanks != 0;
+    }
+};
+
 using LocateFromAa = LocateFrom<VectorText, VectorText>;
 using LocateFromAv = LocateFrom<VectorText, ConstantText>;
 using LocateFromVa = LocateFrom<ConstantText, VectorText>;
 using LocateAa = Locate<VectorText, VectorText>;
 using LocateAv = Locate<VectorText, ConstantText>;
-using LocateVa = Locate<ConstantText, VectorText>;
 
 using LocateFromAaClob = LocateFrom<VectorText, VectorClob>;
 using LocateFromAvClob = LocateFrom<VectorText, ConstantClob>;

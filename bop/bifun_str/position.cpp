@@ -16,6 +16,7 @@
 #include <cstdint>
 
 #include "bop/bifun_str/blank_check.h"
+#include "bop/bifun_str/find_in_block.h"
 #include "bop/bifun_str/folded_copy.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/search_context.h"
@@ -28,6 +29,8 @@ namespace {
 
 // Searches for blanks that all stand, as the pattern is written out.
 struct BlankPattern {
+    static constexpr bool kIsBlank = true;
+
     static int32_t take(LocalString& local, const Call& call, const nstr& pattern, bool) {
         const Text blanks{nullptr, 0, pattern.blank};
         return local.write_out(call.env, call.rt_mem, blanks);
@@ -43,6 +46,8 @@ struct BlankPattern {
 
 // Searches for the stored part, and looks at the blanks around a hit.
 struct StoredPattern {
+    static constexpr bool kIsBlank = false;
+
     // One that is not folded is taken as it stands.
     static int32_t take(LocalString& local, const Call& call, const nstr& pattern, bool folded) {
         return folded ? local.copy(call.env, call.rt_mem, pattern) : 0;
@@ -90,6 +95,14 @@ struct PositionOf {
         } else {
             return out.put(Pattern::find(*context, text, blanks));
         }
+    }
+
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>&, const TextBlock& texts) const {
+        if (kFolded || Pattern::kIsBlank || blanks != 0) return false;
+        uint32_t positions[frame::kBlockRows];
+        find_in_block(*context, positions, n, texts);
+        store_positions<EmptyText::kIsSearched>(out, begin, n, texts, positions);
+        return true;
     }
 
     const Call* caller = nullptr;

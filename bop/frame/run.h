@@ -18,6 +18,13 @@
 //   static bool refuses(R computed, P...)                  if rows may fail: the first such row is reported by
 //   static Code refuse(Row, P...)
 //
+// Beside row(Row, P...) may stand
+//
+//   bool many(const frame::Output&, uint32_t begin, uint32_t n, const View&... x)   does the n rows from begin on, at most
+//                                  kBlockRows, as row would, valid bytes included; or answers false and leaves them alone
+//
+// A view is a frame::BlockView<P> of rows counted from begin, or a Constant<P>.
+//
 // The parameters are int32_t, int64_t, double, float, const xdec&, const qztime&, the intervals, Text, or Nullable of these.
 // A worker with set-up for the batch has non-static members and
 //
@@ -102,12 +109,32 @@ int32_t kernel_rows(W& worker, const Call& call, const Output& out, uint32_t nro
     return code.failed() ? failed<W>(call, out, rows.failed_row(), code) : 0;
 }
 
+// The rows of a worker that does many at once. A block that it leaves alone is done row by row.
+template <class W, class... P, class... Slot>
+int32_t many_rows(W& worker, const Call& call, const Output& out, uint32_t nrows, std::tuple<P...>*, Slot*... slot) {
+    const auto blocks = [&](auto&&... argument) {
+        for (uint32_t begin = 0; begin < nrows;) {
+            const uint32_t end = begin + std::min(kBlockRows, nrows - begin);
+            if (!worker.many(out, begin, end - begin, argument.block(begin, end)...)) {
+                const auto rest = [&](const auto&... access) { return each_row<W>(worker, call, out, begin, end, access...); };
+                const int32_t code = with_access<std::tuple<P...>, kRowsReadConstants<W>>(rest, slot...);
+                if (code < 0) return code;
+            }
+            begin = end;
+        }
+        return 0;
+    };
+    return blocks(blocked<P, kRowsReadConstants<W>>(*slot)...);
+}
+
 template <class W, class... Slot>
 int32_t rows(W& worker, const Call& call, const Output& out, uint32_t nrows, Slot*... slot) {
     using Parameters = typename WorkerSignature<W>::Parameters;
     uint32_t done = 0;
     if constexpr (KernelWorker<W>) {
         return kernel_rows(worker, call, out, nrows, static_cast<Parameters*>(nullptr), slot...);
+    } else if constexpr (ManyRowsWorker<W>) {
+        return many_rows(worker, call, out, nrows, static_cast<Parameters*>(nullptr), slot...);
     } else if constexpr (TotalWorker<W> || GuardedWorker<W>) {
         done = rows_in_blocks(worker, out, nrows, static_cast<Parameters*>(nullptr), slot...);
         if (done == nrows) return 0;

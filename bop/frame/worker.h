@@ -33,6 +33,10 @@ concept GuardedWorker = !KernelWorker<W> && requires {
     &W::refuses;
 };
 template <class W>
+concept ManyRowsWorker = requires {
+    &W::many;
+};
+template <class W>
 concept PreparedWorker = requires {
     &W::prepare;
 };

@@ -64,6 +64,14 @@ inline uint64_t places_of_ends(const uint8_t* text, size_t n, const uint8_t* pat
     return firsts & lasts >> (m - 1);
 }
 
+// The position, from 1, of the first place of a pattern of one or two bytes in a text of up to 48; 0 when there is none. No
+// branch depends on whether there is one.
+inline uint32_t first_of_ends(const uint8_t* text, size_t n, const uint8_t* pattern, size_t m) {
+    const uint64_t places = places_of_ends(text, n, pattern, m);
+    const uint32_t first = static_cast<uint32_t>(std::countr_zero(places | uint64_t{1} << 63)) + 1;
+    return places == 0 ? 0 : first;
+}
+
 // Calls try_place(position) where the first and the last byte agree, until it answers true.
 template <class TryPlace>
 [[gnu::always_inline]] inline bool scan_for_ends(const uint8_t* text, size_t n, const uint8_t* pattern, size_t m,

@@ -4,6 +4,7 @@
 
 #include "host/src/byte_search.h"
 #include "host/src/character_walk.h"
+#include "host/src/masked_search.h"
 
 using namespace qzhost;
 
@@ -232,32 +233,69 @@ inline int32_t answer(uint32_t position, uint32_t* out_pos) {
     });
 }
 
-#ifdef QZHOST_VECTOR_BYTES
-// The first place of a pattern of one or two bytes in a text of up to 48: no branch depends on whether there is one.
-inline uint32_t find_first_of_ends(const Search& search) {
-    const uint64_t places = places_of_ends(search.text, search.text_len, search.pattern, search.pattern_len);
-    const uint32_t first = static_cast<uint32_t>(std::countr_zero(places | uint64_t{1} << 63)) + 1;
-    return places == 0 ? 0 : first;
-}
+// The pattern begins as characters do, so that every place counts.
+inline uint32_t find_any(const Search& search) {
+#ifdef QZHOST_MASKED_LOADS
+    const size_t count = number_of_places(search.text_len, search.pattern_len);
+    if (takes_masked(count, search.pattern_len, search.occurrence) && has_masked_loads()) {
+        return find_masked(search.text, count, search.pattern, search.pattern_len, search.occurrence);
+    }
 #endif
+#ifdef QZHOST_VECTOR_BYTES
+    if (search.pattern_len <= 2 && search.occurrence == 1 && search.text_len <= SpreadBlocks::kMost) {
+        return first_of_ends(search.text, search.text_len, search.pattern, search.pattern_len);
+    }
+#endif
+    return find_occurrence(search, AnyStart{});
+}
 
 inline int32_t search_text(const Search& search, uint32_t* out_pos) {
     if (search.is_hopeless()) return answer(0, out_pos);
     // UTF-8 with a pattern that begins as characters do is what nearly all callers have, and short texts in which every call
     // counts.
     const bool plain = is_server_utf8() && Utf8::always_begins(search.pattern[0]);
-#ifdef QZHOST_VECTOR_BYTES
-    if (plain && search.pattern_len <= 2 && search.occurrence == 1 && search.text_len <= SpreadBlocks::kMost) {
-        return answer(find_first_of_ends(search), out_pos);
-    }
-#endif
-    return answer(plain ? find_occurrence(search, AnyStart{}) : find_among_characters(search), out_pos);
+    return answer(plain ? find_any(search) : find_among_characters(search), out_pos);
 }
 
 int32_t search_with_positions(const Search& search, const int32_t* positions, uint32_t base, uint32_t* out_pos) {
     if (search.is_hopeless()) return answer(0, out_pos);
     return answer(find_occurrence(search, StartsInArray(positions, base)), out_pos);
 }
+
+// Each text by itself.
+void find_in_each_text(uint32_t* positions, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid,
+                       const Search& pattern) {
+    for (uint32_t i = 0; i < n; ++i) {
+        positions[i] = 0;
+        if (valid[i] == 0) continue;
+        Search search = pattern;
+        search.text = bytes_of(texts[i].bytes);
+        search.text_len = texts[i].len;
+        (void)search_text(search, &positions[i]);
+    }
+}
+
+#ifdef QZHOST_MASKED_LOADS
+// Up to PickedRows::kMost texts, and a pattern that begins as characters do.
+void find_masked(uint32_t* positions, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid, const Search& pattern) {
+    const size_t m = pattern.pattern_len;
+    const auto find = [&]<size_t kBytes>() {
+        return find_masked_in_each<kBytes>(positions, n, texts, valid, pattern.pattern, m);
+    };
+    const bool some_are_long = m == 1   ? find.template operator()<1>()
+                               : m == 2 ? find.template operator()<2>()
+                                        : find.template operator()<kMostProbed>();
+    if (m > kMostProbed) check_masked_in_each(positions, n, texts, pattern.pattern, m);
+    if (!some_are_long) return;
+    for (uint32_t i = 0; i < n; ++i) {
+        if (valid[i] == 0 || number_of_places(texts[i].len, m) <= kMaskedPlaces) continue;
+        Search search = pattern;
+        search.text = bytes_of(texts[i].bytes);
+        search.text_len = texts[i].len;
+        positions[i] = find_occurrence(search, AnyStart{});
+    }
+}
+#endif
 
 bool fits_shift_or(uint32_t pattern_len) { return pattern_len <= QZ_SHIFT_OR_MAX_PATTERN; }
 
@@ -278,6 +316,22 @@ int32_t qz_strbmncmp_arr_ex(const char* text, uint32_t text_len, const char* pat
                             uint32_t* out_pos, const uint32_t* bmbc, const uint32_t* bmgs) {
     return search_text({bytes_of(text), text_len, bytes_of(pattern), pattern_len, occurrence, {.bmbc = bmbc, .bmgs = bmgs}},
                        out_pos);
+}
+
+void host_find_in_texts(uint32_t* positions, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid, const char* pattern,
+                        uint32_t pattern_len, const uint32_t* bmbc, const uint32_t* bmgs) {
+    if (pattern_len == 0) return std::fill_n(positions, n, 0u), void();
+    const Search search{nullptr, 0, bytes_of(pattern), pattern_len, 1, {.bmbc = bmbc, .bmgs = bmgs}};
+#ifdef QZHOST_MASKED_LOADS
+    const bool is_plain = with_server_charset([&]<class Set>(Set) { return Set::always_begins(search.pattern[0]); });
+    if (is_plain && pattern_len <= kMaskedPattern && has_masked_loads()) {
+        for (uint32_t begin = 0; begin < n; begin += PickedRows::kMost) {
+            find_masked(positions + begin, std::min(PickedRows::kMost, n - begin), texts + begin, valid + begin, search);
+        }
+        return;
+    }
+#endif
+    find_in_each_text(positions, n, texts, valid, search);
 }
 
 int32_t qz_mbshiftor_ncmp(const char* text, uint32_t text_len, const char* pattern, uint32_t pattern_len, uint32_t* out_pos,

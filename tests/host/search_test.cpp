@@ -6,6 +6,7 @@
 #include <random>
 
 #include "host/src/byte_search.h"
+#include "host/src/masked_search.h"
 #include "qzhost/characters.h"
 #include "server_charset.h"
 #include "support/test_seed.h"
@@ -133,6 +134,50 @@ TEST(ByteSearch, AllThreeFindEveryPlace) {
         found.clear();
         EXPECT_FALSE(qzhost::shift_or(t, text.size(), pattern.size(), prepared.masks.data(), prepared.limit, collect));
         ASSERT_EQ(found, expected);
+    }
+}
+
+// What the library takes for short texts, by the machine: every length around a block and its half, in front of a page that
+// nobody can read, against the places.
+TEST(ByteSearch, ShortTextsOfEveryLength) {
+    const uint32_t seed = support::test_seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    const auto below = [&](size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(random); };
+    support::TextAtPageEnd text_guard(4096);
+    support::TextAtPageEnd pattern_guard(4096);
+    for (int round = 0; round < kRandomTexts / 100; ++round) {
+        for (size_t n = 0; n <= 130; ++n) {
+            const size_t letters = 1 + below(4);
+            std::string text(n, 'a');
+            for (char& c : text) c = static_cast<char>('a' + below(letters));
+            // A byte 0 is one like any other, also behind the text.
+            if (round % 4 == 0 && n != 0) text[below(n)] = '\0';
+            std::string pattern(1 + below(below(4) == 0 ? 66 : 6), 'a');
+            for (char& c : pattern) c = static_cast<char>('a' + below(letters));
+            if (round % 8 == 0) pattern.back() = '\0';
+            const size_t m = pattern.size();
+            if (m <= n && below(2) == 0) pattern = text.substr(below(n - m + 1), m);
+            SCOPED_TRACE(testing::PrintToString(text) + " / " + testing::PrintToString(pattern));
+            const std::vector<size_t> expected = slow_places(text, pattern);
+            const auto nth = [&](size_t i) { return i > expected.size() ? 0 : static_cast<uint32_t>(expected[i - 1] + 1); };
+            const uint8_t* const t = reinterpret_cast<const uint8_t*>(text_guard.place(text));
+            const uint8_t* const p = reinterpret_cast<const uint8_t*>(pattern_guard.place(pattern));
+#ifdef QZHOST_VECTOR_BYTES
+            if (m <= 2 && m <= n && n <= qzhost::SpreadBlocks::kMost) {
+                ASSERT_EQ(qzhost::first_of_ends(t, n, p, m), nth(1));
+            }
+#endif
+#ifdef QZHOST_MASKED_LOADS
+            if (!qzhost::has_masked_loads()) continue;
+            const size_t count = qzhost::number_of_places(n, m);
+            ASSERT_EQ(count, n < m ? 0 : n - m + 1);
+            for (const int32_t occurrence : {1, 2, 3, 9, 60, 64, 65, 1000}) {
+                if (!qzhost::takes_masked(count, m, occurrence)) continue;
+                ASSERT_EQ(qzhost::find_masked(t, count, p, m, occurrence), nth(static_cast<size_t>(occurrence))) << occurrence;
+            }
+#endif
+        }
     }
 }
 
@@ -297,6 +342,124 @@ TEST_P(SearchTest, PatternsNoLongerThanTheTextOnly) {
     EXPECT_EQ(qz_strbmncmp(nullptr, 0, "a", 1, &position, 1), 0);
     EXPECT_EQ(position, 0u);
 }
+
+// Many texts at once come to what they come to one by one.
+class ManyTexts {
+  public:
+    explicit ManyTexts(const std::vector<std::string>& texts) {
+        for (const std::string& text : texts) bytes_ += text;
+        char* at = bytes_.data();
+        for (const std::string& text : texts) {
+            slots_.push_back({size_of(text), 77, at});
+            at += text.size();
+        }
+    }
+    ManyTexts(const ManyTexts&) = delete;
+
+    uint32_t size() const { return static_cast<uint32_t>(slots_.size()); }
+    std::vector<bdta3_colstr>& slots() { return slots_; }
+
+  private:
+    std::string bytes_;
+    std::vector<bdta3_colstr> slots_;
+};
+
+TEST_P(SearchTest, ManyTextsAtOnce) {
+    SCOPED_TRACE("seed " + std::to_string(seed_));
+    size_t found = 0;
+    for (int round = 0; round < kRandomTexts / 40; ++round) {
+        const Case drawn = draw(24, below(4) == 0 ? 70 : 6);
+        std::vector<std::string> texts(below(4) == 0 ? below(1500) : below(40));
+        const size_t most = below(4) == 0 ? 200 : 30;
+        for (std::string& text : texts) text = below(3) == 0 ? drawn.text : draw(most, 1).text;
+        ManyTexts many(texts);
+        std::vector<uint8_t> valid(texts.size());
+        for (uint32_t i = 0; i < many.size(); ++i) {
+            valid[i] = below(5) == 0 ? 0 : static_cast<uint8_t>(1 + below(255));
+            if (valid[i] == 0) many.slots()[i] = {12345, 6, nullptr};
+        }
+        const Prepared prepared(drawn.pattern);
+        const char* const pattern = pattern_guard_.place(drawn.pattern);
+        std::vector<uint32_t> positions(texts.size() + 1, 99);
+        for (const bool with_tables : {false, true}) {
+            host_find_in_texts(positions.data(), many.size(), many.slots().data(), valid.data(), pattern,
+                               size_of(drawn.pattern), with_tables ? prepared.bmbc.data() : nullptr,
+                               with_tables ? prepared.bmgs.data() : nullptr);
+            for (uint32_t i = 0; i < many.size(); ++i) {
+                uint32_t wanted = 0;
+                if (valid[i] != 0)
+                    qz_strbmncmp(texts[i].data(), size_of(texts[i]), pattern, size_of(drawn.pattern), &wanted, 1);
+                ASSERT_EQ(positions[i], wanted)
+                    << i << ' ' << testing::PrintToString(texts[i]) << " / " << testing::PrintToString(drawn.pattern);
+                found += wanted > 1;
+            }
+            ASSERT_EQ(positions.back(), 99u);
+        }
+        std::vector<uint32_t> characters = positions;
+        host_characters_of_positions(characters.data(), many.size(), many.slots().data());
+        for (uint32_t i = 0; i < many.size(); ++i) {
+            const uint32_t wanted = positions[i] == 0 ? 0 : qz_mbstrlen_ex(texts[i].data(), positions[i] - 1) + 1;
+            ASSERT_EQ(characters[i], wanted) << testing::PrintToString(texts[i]) << ' ' << positions[i];
+        }
+        ASSERT_EQ(characters.back(), 99u);
+    }
+    EXPECT_GT(found, 1000u);
+}
+
+TEST_P(SearchTest, NoPatternStandsInNoText) {
+    ManyTexts many({"abc", "", "a"});
+    const uint8_t valid[] = {1, 1, 0};
+    uint32_t positions[] = {99, 99, 99, 99};
+    host_find_in_texts(positions, 3, many.slots().data(), valid, "", 0, nullptr, nullptr);
+    EXPECT_EQ(std::vector<uint32_t>(positions, positions + 4), (std::vector<uint32_t>{0, 0, 0, 99}));
+    host_characters_of_positions(positions, 0, nullptr);
+    EXPECT_EQ(positions[3], 99u);
+}
+
+// Texts of which each ends where an unreadable page begins.
+TEST_P(SearchTest, ManyTextsAtAPagesEnd) {
+    for (size_t n = 0; n <= 70; ++n) {
+        const std::string text(n, 'a');
+        char* const at = text_guard_.place(text);
+        std::vector<bdta3_colstr> slots;
+        for (uint32_t i = 0; i <= n; ++i) slots.push_back({i, 0, at + n - i});
+        const std::vector<uint8_t> valid(slots.size(), 1);
+        for (const std::string& pattern : {std::string("a"), std::string("aa"), std::string("aaa"), std::string(20, 'a'),
+                                           std::string(64, 'a'), std::string(65, 'a'), std::string("ab")}) {
+            std::vector<uint32_t> positions(slots.size(), 99);
+            host_find_in_texts(positions.data(), static_cast<uint32_t>(slots.size()), slots.data(), valid.data(),
+                               pattern_guard_.place(pattern), size_of(pattern), nullptr, nullptr);
+            for (uint32_t i = 0; i <= n; ++i) ASSERT_EQ(positions[i], pattern.back() == 'a' && pattern.size() <= i ? 1u : 0u);
+            // As if each text had been found to end with a pattern of one byte.
+            for (uint32_t i = 0; i <= n; ++i) positions[i] = i;
+            host_characters_of_positions(positions.data(), static_cast<uint32_t>(slots.size()), slots.data());
+            for (uint32_t i = 0; i <= n; ++i) ASSERT_EQ(positions[i], i);
+        }
+    }
+}
+
+#ifdef QZHOST_MASKED_LOADS
+TEST(PickedRows, BothWaysPickTheSame) {
+    std::mt19937 random(support::test_seed());
+    for (uint32_t n = 0; n <= qzhost::PickedRows::kMost; n += n < 40 ? 1 : 59) {
+        std::vector<uint32_t> numbers(n);
+        for (uint32_t& number : numbers) number = random() % 4 == 0 ? 0xFFFFFFFFu - random() % 2 : random() % 4;
+        for (const uint32_t least : {1u, 2u}) {
+            std::vector<uint32_t> expected;
+            for (uint32_t i = 0; i < n; ++i) {
+                if (numbers[i] >= least) expected.push_back(i);
+            }
+            qzhost::PickedRows picked;
+            picked.pick(numbers.data(), n, least);
+            EXPECT_EQ(std::vector<uint32_t>(picked.begin(), picked.end()), expected);
+            if (!qzhost::has_masked_loads()) continue;
+            qzhost::PickedRows masked;
+            masked.pick_masked(numbers.data(), n, least);
+            EXPECT_EQ(std::vector<uint32_t>(masked.begin(), masked.end()), expected);
+        }
+    }
+}
+#endif
 
 // A text in which the pattern nearly stands at every place: the scan gives up, and what takes over goes on where it stopped.
 TEST(Search, HardTexts) {

@@ -31,6 +31,10 @@ extern "C" {
 /* Number of characters in the range. */
 uint32_t qz_mbstrlen_ex(const char* text, uint32_t len);
 
+/* Turns positions in n texts, counted from 1, from bytes into characters: each becomes the number of characters in the bytes in
+ * front of it, plus 1. 0 stays 0, and its text is not looked at. Several times as fast as one after the other. */
+void host_characters_of_positions(uint32_t* positions, uint32_t n, const bdta3_colstr* texts);
+
 /* Number of characters; writes to char_positions the 1-based byte position at which each starts, ascending, and to out_mb_count
  * how many of them are longer than one byte. The array has room for one entry per byte of text. Where characters are fewer than
  * bytes, the entry behind the last is set to INT32_MAX: a mark for the search services, which are not told the number. */

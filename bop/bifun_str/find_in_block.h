@@ -1,0 +1,54 @@
+// The rows of a block searched for one pattern together, where a search is all that they take.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+#include "bop/bifun_str/search_context.h"
+#include "bop/bifun_str/text_value.h"
+#include "bop/frame/blocks.h"
+#include "bop/frame/worker.h"
+#include "qzhost/search.h"
+
+namespace bifun {
+
+using TextBlock = frame::BlockView<Text>;
+
+// The byte at which the pattern first stands in each text, counted from 1; 0 where it does not, and in rows that are NULL.
+inline void find_in_block(const instr_search_ctx& ctx, uint32_t* positions, uint32_t n, const TextBlock& texts) {
+    host_find_in_texts(positions, n, texts.values, texts.valid, ctx.pattern, ctx.pattern_bytes, ctx.boyer_moore.bmbc,
+                       ctx.boyer_moore.bmgs);
+}
+
+enum class EmptyText : uint8_t { kIsNull, kIsSearched };
+
+// Stores the positions of n rows from begin on, and their valid bytes: as they are where an empty text turns its row NULL, and 1
+// where it does not. The elements of NULL rows stay as they were.
+template <EmptyText kEmpty>
+void store_positions(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& texts, const uint32_t* positions) {
+    uint8_t* const valid = out.valid + begin;
+    int32_t* const values = static_cast<int32_t*>(out.values) + begin;
+    bool some_null = false;
+    bool some_empty = false;
+    for (uint32_t i = 0; i < n; ++i) {
+        const uint8_t byte = texts.valid[i];
+        uint8_t kept = byte != 0;
+        if constexpr (kEmpty == EmptyText::kIsNull) {
+            kept = (texts.values[i].len | texts.values[i].blank) == 0 ? uint8_t{0} : byte;
+            some_empty |= kept != byte;
+        }
+        some_null |= kept == 0;
+        valid[i] = kept;
+    }
+    if (some_empty) out.result->all_valid = 0;
+    if (!some_null) {
+        std::memcpy(values, positions, n * sizeof *values);
+        return;
+    }
+    for (uint32_t i = 0; i < n; ++i) {
+        const int32_t held = values[i];
+        values[i] = valid[i] != 0 ? static_cast<int32_t>(positions[i]) : held;
+    }
+}
+
+}  // namespace bifun
