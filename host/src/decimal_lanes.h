@@ -44,6 +44,17 @@ inline Lanes pick(Lanes low, Lanes high, Lanes index) {
 // Without a branch, where the choice follows no pattern; compilers make one of ?: at times.
 inline uint64_t choose(bool first, uint64_t a, uint64_t b) { return b ^ ((a ^ b) & (0 - uint64_t{first})); }
 
+// The highest bit of x, which is not 0. bsr leaves its destination as it is where there is none, so that it waits for what was
+// computed there before; in place, there is nothing else to wait for.
+inline int32_t highest_bit(uint32_t x) {
+#if defined(__LZCNT__)
+    return 31 - std::countl_zero(x);
+#else
+    __asm__("bsrl %0, %0" : "+r"(x) : : "cc");
+    return static_cast<int32_t>(x);
+#endif
+}
+
 // ---- Records ----------------------------------------------------------------------------------------------------------------
 
 struct Record {
@@ -206,22 +217,40 @@ inline WideLanes add_wide_lanes(WideLanes x, WideLanes y, Lanes subtract) {
 
 inline uint32_t nonzero_lanes(Lanes lanes) { return mask_of(_mm_add_epi8(lanes, spread(127))); }
 
+// A number in lanes as a record has it: from its first pair that is not 0 to its last.
+struct Trimmed {
+    Lanes pairs;
+    int32_t int_pairs;
+    int32_t count;
+    bool is_zero;
+    int32_t last;  // lane that it came from
+};
+
+[[gnu::always_inline]] inline Trimmed trim(int32_t int_pairs, Lanes lanes) {
+    // Zeros come too irregularly to branch on them: without a lane that is not 0, first is 16 and count -15.
+    const uint32_t used = nonzero_lanes(lanes);
+    const int32_t first = std::countr_zero(used | 1U << kLanes);
+    const int32_t last = highest_bit(used | 1);
+    const int32_t count = last + 1 - first;
+    // What comes round from in front of the first is 0 too. The mask's lanes are -1.
+    const Lanes pairs = _mm_sub_epi8(moved(lanes, -first), lanes_below(count));
+    return {pairs, int_pairs - first, count, used == 0, last};
+}
+
+[[gnu::always_inline]] inline bool store_trimmed(xdec* destination, bool negative, uint32_t scale, const Trimmed& number) {
+    if (number.int_pairs < kMinIntPairs || number.int_pairs > kMaxIntPairs) [[unlikely]] {
+        return false;
+    }
+    const uint64_t head = make_head(negative, scale, number.int_pairs, number.count, number.pairs);
+    store_record(destination, choose(number.is_zero, kZeroHead, head), number.pairs, _mm_setzero_si128());
+    return true;
+}
+
 // Stores a number in lanes in canonical form. scale is at least what its digits need, and at most XDEC_MAX_KEPT_SCALE. False,
 // and nothing is stored: it is out of range.
 [[gnu::always_inline]] inline bool store_lanes(xdec* destination, bool negative, uint32_t scale, int32_t int_pairs,
                                                Lanes lanes) {
-    // Zeros come too irregularly to branch on them: without a lane that is not 0, first is 16 and count -15.
-    const uint32_t used = nonzero_lanes(lanes);
-    const int32_t first = std::countr_zero(used | 1U << kLanes);
-    const int32_t count = 32 - std::countl_zero(used | 1) - first;
-    int_pairs -= first;
-    if (int_pairs < kMinIntPairs || int_pairs > kMaxIntPairs) [[unlikely]] {
-        return false;
-    }
-    const Lanes pairs = _mm_and_si128(moved(_mm_add_epi8(lanes, spread(1)), -first), lanes_below(count));
-    const uint64_t head = make_head(negative, scale, int_pairs, count, pairs);
-    store_record(destination, choose(used == 0, kZeroHead, head), pairs, _mm_setzero_si128());
-    return true;
+    return store_trimmed(destination, negative, scale, trim(int_pairs, lanes));
 }
 
 // The same for 32 lanes, of which at most 22 from the first to the last are not 0; if they are more, false as well.
@@ -232,7 +261,7 @@ inline bool store_wide_lanes(xdec* destination, bool negative, uint32_t scale, i
         return true;
     }
     const int32_t first = std::countr_zero(used);
-    const int32_t count = 32 - std::countl_zero(used) - first;
+    const int32_t count = highest_bit(used) + 1 - first;
     int_pairs -= first;
     if (int_pairs < kMinIntPairs || int_pairs > kMaxIntPairs || count > static_cast<int32_t>(kMaxPairs)) [[unlikely]] {
         return false;
@@ -253,17 +282,19 @@ inline Lanes limbs_of_lanes(Lanes lanes) {
     return _mm_madd_epi16(quads, _mm_set1_epi32(1 << 16 | 10000));
 }
 
+// Division by 10^4 as a product by 2^45 / 10^4, exact below 2^32; by 100 as one by 2^19 / 100, exact below 43699.
+inline Lanes ten_thousands(Lanes limbs) {
+    const Lanes reciprocal = _mm_set1_epi64x(3518437209);
+    return _mm_srli_epi64(_mm_mul_epu32(limbs, reciprocal), 45);
+}
+inline Lanes hundreds(Lanes quads) { return _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3); }
+
 inline Lanes lanes_of_limbs(Lanes limbs) {
-    // Division by 10^4 as a product by 2^45 / 10^4, exact below 2^32; then by 100 as one by 2^19 / 100, exact below 43699.
-    const Lanes reciprocal = _mm_set1_epi32(static_cast<int32_t>(3518437209U));
-    const Lanes even = _mm_srli_epi64(_mm_mul_epu32(limbs, reciprocal), 45);
-    const Lanes odd = _mm_srli_epi64(_mm_mul_epu32(_mm_srli_epi64(limbs, 32), reciprocal), 45);
-    const Lanes upper = _mm_or_si128(even, _mm_slli_epi64(odd, 32));
+    const Lanes upper = _mm_or_si128(ten_thousands(limbs), _mm_slli_epi64(ten_thousands(_mm_srli_epi64(limbs, 32)), 32));
     const Lanes lower = _mm_sub_epi32(limbs, _mm_madd_epi16(upper, _mm_set1_epi32(10000)));
     const Lanes quads = _mm_or_si128(upper, _mm_slli_epi32(lower, 16));
-    const Lanes hundreds = _mm_srli_epi16(_mm_mulhi_epu16(quads, _mm_set1_epi16(5243)), 3);
-    const Lanes rest = _mm_sub_epi16(quads, _mm_mullo_epi16(hundreds, _mm_set1_epi16(100)));
-    return _mm_or_si128(hundreds, _mm_slli_epi16(rest, 8));
+    // quads / 100 in the lower byte, and quads - quads / 100 * 100 in the upper.
+    return _mm_add_epi16(_mm_slli_epi16(quads, 8), _mm_mullo_epi16(hundreds(quads), _mm_set1_epi16(1 - (100 << 8))));
 }
 
 inline constexpr uint64_t kTenTo16 = 10000000000000000;
@@ -281,8 +312,9 @@ inline Lanes four_limbs(uint64_t first_two, uint64_t last_two) {
 
 // A number as sixteen lanes, the last of which are the units.
 inline Lanes lanes_of_uint64(uint64_t value) {
-    const uint64_t upper = value / kTenTo16;  // at most 1844
-    return lanes_of_limbs(four_limbs(upper << 32, two_limbs(value - upper * kTenTo16)));
+    const uint64_t upper = value / kLimbBase;
+    const uint64_t highest = upper / kLimbBase;  // at most 1844
+    return lanes_of_limbs(four_limbs(highest << 32, (upper - highest * kLimbBase) | (value - upper * kLimbBase) << 32));
 }
 
 // Stores value times 10^exponent; exponent is -200..200, and scale at least what the digits need. False, and nothing is stored:
@@ -290,10 +322,42 @@ inline Lanes lanes_of_uint64(uint64_t value) {
 [[gnu::always_inline]] inline bool store_uint64(xdec* destination, bool negative, uint64_t value, int32_t exponent,
                                                 uint32_t scale) {
     constexpr uint64_t kMaxShifted = ~uint64_t{0} / 10;
-    const bool odd = exponent % 2 != 0;
-    if ((odd && value > kMaxShifted) || scale > XDEC_MAX_KEPT_SCALE) return false;
+    const int32_t odd = exponent & 1;  // too irregular to branch on
+    if (((odd != 0) & (value > kMaxShifted)) | (scale > XDEC_MAX_KEPT_SCALE)) [[unlikely]] {
+        return false;
+    }
     const int32_t int_pairs = kLanes + (exponent - odd) / 2;
-    return store_lanes(destination, negative, scale, int_pairs, lanes_of_uint64(odd ? value * 10 : value));
+    return store_lanes(destination, negative, scale, int_pairs, lanes_of_uint64(value * static_cast<uint64_t>(1 + 9 * odd)));
+}
+
+// A number below 10^18 as sixteen lanes, with less to divide.
+inline Lanes lanes_of_18_digits(uint64_t value) {
+    const uint64_t upper = value / kLimbBase;
+    const uint64_t highest = upper / kLimbBase;  // below 100
+    const Lanes limbs =
+        _mm_set_epi64x(static_cast<int64_t>(value - upper * kLimbBase), static_cast<int64_t>(upper - highest * kLimbBase));
+    const Lanes thousands = ten_thousands(limbs);
+    const Lanes rest = _mm_sub_epi64(limbs, _mm_mul_epu32(thousands, _mm_set1_epi64x(10000)));
+    const Lanes quads = _mm_or_si128(thousands, _mm_slli_epi64(rest, 32));  // four of 32 bits
+    const Lanes first = hundreds(quads);
+    const Lanes second = _mm_sub_epi16(quads, _mm_mullo_epi16(first, _mm_set1_epi32(100)));
+    const Lanes pairs = _mm_or_si128(first, _mm_slli_epi32(second, 16));  // eight of 16 bits
+    return _mm_packus_epi16(_mm_slli_si128(_mm_cvtsi64_si128(static_cast<int64_t>(highest)), 14), pairs);
+}
+
+// Stores digits times 10^exponent, digits below 10^17, exponent -400..400, with the scale that it needs. False, and nothing is
+// stored: out of range, or a scale above XDEC_MAX_KEPT_SCALE.
+[[gnu::always_inline]] inline bool store_digits(xdec* destination, bool negative, uint64_t digits, int32_t exponent) {
+    const int32_t odd = exponent & 1;
+    const Lanes lanes = lanes_of_18_digits(digits * static_cast<uint64_t>(1 + 9 * odd));
+    const Trimmed number = trim(kLanes + (exponent - odd) / 2, lanes);
+    const Lanes last = _mm_shuffle_epi8(lanes, _mm_cvtsi32_si128(number.last));
+    const int32_t ends_in_zero = static_cast<uint8_t>(_mm_cvtsi128_si32(last)) % 10 == 0;
+    const int32_t scale = std::max(0, 2 * (number.count - number.int_pairs) - ends_in_zero);
+    if (scale > static_cast<int32_t>(XDEC_MAX_KEPT_SCALE)) [[unlikely]] {
+        return false;
+    }
+    return store_trimmed(destination, negative, static_cast<uint32_t>(scale), number);
 }
 
 // The pairs of a record as one integer. False: there are none, or it may need more than 64 bits.

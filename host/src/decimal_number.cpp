@@ -15,9 +15,8 @@ namespace {
 constexpr int32_t kMaxUint64Pairs = 10;  // 100^9 < 2^64 < 100^10
 
 // Of a double's bits.
-constexpr int kMantissaBits = 52;
-constexpr uint64_t kMantissaMask = (uint64_t{1} << kMantissaBits) - 1;
-constexpr uint64_t kExponentMask = 0x7FF;
+constexpr uint64_t kMantissaMask = (uint64_t{1} << kDoubleMantissaBits) - 1;
+constexpr int32_t kExponentMask = 0x7FF;
 constexpr int32_t kSmallestExponent = 1023 - 440;  // 2^-440 is about 3.5E-133
 
 using Wide = unsigned __int128;
@@ -33,11 +32,8 @@ ShortestDecimal without_trailing_zeros(ShortestDecimal decimal) {
     return decimal;
 }
 
-// magnitude times 10 to the power of exponent, which lies in -400..400.
-int32_t store_coefficient(xdec* destination, bool negative, uint64_t magnitude, int32_t exponent, uint32_t scale) {
-#if QZHOST_DECIMAL_LANES
-    if (lanes::store_uint64(destination, negative, magnitude, exponent, scale)) return 0;
-#endif
+// magnitude times 10 to the power of exponent, which lies in -400..400, in any machine and any range.
+[[gnu::noinline]] int32_t store_any(xdec* destination, bool negative, uint64_t magnitude, int32_t exponent, uint32_t scale) {
     const bool odd = exponent % 2 != 0;
     Wide coefficient = magnitude;
     if (odd) {
@@ -47,6 +43,14 @@ int32_t store_coefficient(xdec* destination, bool negative, uint64_t magnitude, 
     uint8_t pair[kMaxUint64Pairs + 1];  // 10 * 2^64 < 100^11
     for (uint32_t i = sizeof pair; i-- > 0; coefficient /= 100) pair[i] = static_cast<uint8_t>(coefficient % 100);
     return store_pairs(destination, negative, scale, exponent / 2 + static_cast<int32_t>(sizeof pair), pair, sizeof pair);
+}
+
+int32_t store_coefficient(xdec* destination, bool negative, uint64_t magnitude, int32_t exponent, uint32_t scale) {
+#if QZHOST_DECIMAL_LANES
+    if (lanes::store_uint64(destination, negative, magnitude, exponent, scale)) [[likely]]
+        return 0;
+#endif
+    return store_any(destination, negative, magnitude, exponent, scale);
 }
 
 int32_t store_int64(xdec* destination, int64_t value, int32_t exponent, uint32_t scale) {
@@ -136,20 +140,25 @@ int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale) {
 }
 
 int32_t xdec_from_double(double value, xdec* destination) {
-    if (!std::isfinite(value)) {
+    const uint64_t bits = std::bit_cast<uint64_t>(value);
+    const uint64_t mantissa = bits & kMantissaMask;
+    const auto exponent = static_cast<int32_t>(bits >> kDoubleMantissaBits & kExponentMask);
+    if (exponent == kExponentMask) [[unlikely]] {
         xdec_fill_zero(destination);
         return EC_DATA_OVERFLOW;
     }
-    const uint64_t bits = std::bit_cast<uint64_t>(value);
-    const uint64_t mantissa = bits & kMantissaMask;
-    const auto exponent = static_cast<int32_t>(bits >> kMantissaBits & kExponentMask);
-    if (exponent < kSmallestExponent) {  // 0, or far below half of the smallest decimal
+    if (exponent < kSmallestExponent) [[unlikely]] {  // 0, or far below half of the smallest decimal
         xdec_fill_zero(destination);
         return 0;
     }
-    const ShortestDecimal shortest = without_trailing_zeros(shortest_decimal(mantissa, exponent));
-    return store_coefficient(destination, std::signbit(value), shortest.digits, shortest.exponent,
-                             static_cast<uint32_t>(std::max(0, -shortest.exponent)));
+    ShortestDecimal shortest = shortest_decimal(mantissa, exponent);
+#if QZHOST_DECIMAL_LANES
+    if (lanes::store_digits(destination, std::signbit(value), shortest.digits, shortest.exponent)) [[likely]]
+        return 0;
+#endif
+    shortest = without_trailing_zeros(shortest);
+    return store_any(destination, std::signbit(value), shortest.digits, shortest.exponent,
+                     static_cast<uint32_t>(std::max(0, -shortest.exponent)));
 }
 
 double xdec_get_double(const xdec* x, int32_t* code, int32_t flag) {

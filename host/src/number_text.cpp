@@ -1,10 +1,4 @@
 // Text of double-precision numbers.
-//
-// A double is m * 2^q. Every number between the two midpoints to its neighbours reads back as it (the midpoints themselves when
-// m is even). The shortest text in that interval is found with three multiplications by one 128-bit power of ten: they scale
-// the lower midpoint, the number and the upper midpoint to where a step of one is a decimal digit, in quarters, with the lowest
-// bit telling that something was cut off ("round to odd"). That keeps every comparison exact. The method is Schubfach, by
-// Raffaello Giulietti.
 #include "qzhost/number_text.h"
 
 #include <algorithm>
@@ -27,60 +21,11 @@ namespace {
 
 constexpr int kMantissaBits = 52;
 constexpr int kMaxBinaryExponent = 1023;
-constexpr int kExponentBias = kMaxBinaryExponent + kMantissaBits;
 constexpr uint64_t kMantissaMask = (uint64_t{1} << kMantissaBits) - 1;
 constexpr uint64_t kExponentMask = 0x7FF;
 
 constexpr int kLowestFixedExponent = -4;  // of the first significant digit; the texts of most languages change over here
 constexpr int kHighestFixedExponent = 15;
-
-using Decimal = ShortestDecimal;
-
-constexpr int floor_log2_of_power_of_ten(int e) { return (e * 1741647) >> 19; }  // exact for |e| <= 1233
-
-// The upper 64 bits of g * x, whose lowest bit is also set when anything but zero stood behind them.
-uint64_t multiply_to_odd(const Significand& g, uint64_t x) {
-    const Uint128 lower = Uint128{g.low} * x;
-    const Uint128 upper = Uint128{g.high} * x + static_cast<uint64_t>(lower >> 64);  // below 2^128: g.high * x <= (2^64 - 1)^2
-    return static_cast<uint64_t>(upper >> 64) | (static_cast<uint64_t>(upper) > 1 ? 1 : 0);
-}
-
-}  // namespace
-
-Decimal shortest_decimal(uint64_t mantissa, int exponent) {
-    const bool narrow_below = mantissa == 0 && exponent > 1;  // a power of two: the lower neighbour is half as far as the upper
-    const uint64_t m = exponent == 0 ? mantissa : mantissa | uint64_t{1} << kMantissaBits;
-    const int q = std::max(exponent, 1) - kExponentBias;
-    if (q <= 0 && q > -(kMantissaBits + 1) && (m & ((uint64_t{1} << -q) - 1)) == 0) {
-        return {m >> -q, 0};
-    }
-    const uint64_t outside = m & 1;  // an odd number does not own its midpoints
-    // floor(log10(2^q)), or of three quarters of that; exact over the range of q
-    const int k = (q * 1262611 - (narrow_below ? 524031 : 0)) >> 22;
-    const int h = q + floor_log2_of_power_of_ten(-k) + 1;  // 1 to 4
-    const Significand& g = significand_of_power_of_ten(-k);
-    const uint64_t lower = multiply_to_odd(g, (4 * m - (narrow_below ? 1 : 2)) << h) + outside;  // all three below 2^60
-    const uint64_t scaled = multiply_to_odd(g, (4 * m) << h);
-    const uint64_t upper = multiply_to_odd(g, (4 * m + 2) << h) - outside;
-
-    const uint64_t s = scaled / 4;
-    if (s >= 10) {  // one digit less is shorter, and all such texts are equally long: at most one of two can lie inside
-        const uint64_t tens = s / 10;
-        const bool below_inside = lower <= 40 * tens, above_inside = 40 * tens + 40 <= upper;
-        if (below_inside != above_inside) {
-            return {tens + (above_inside ? 1 : 0), k + 1};
-        }
-    }
-    const bool below_inside = lower <= 4 * s, above_inside = 4 * s + 4 <= upper;
-    if (below_inside != above_inside) {
-        return {s + (above_inside ? 1 : 0), k};
-    }
-    const uint64_t middle = 4 * s + 2;
-    const bool up = scaled > middle || (scaled == middle && (s & 1) != 0);
-    return {s + (up ? 1 : 0), k};
-}
-
-namespace {
 
 char* write_exponent(char* out, int exponent) {
     *out++ = 'E';
@@ -125,7 +70,7 @@ void write_16_digits(char* out, Uint128 digits) {
 
 // Writes digits * 10^exponent and answers the end. Every part is written in full width and cut by what is written behind it, so
 // that nothing depends on how many digits there are.
-char* write_decimal(char* out, Decimal decimal) {
+char* write_decimal(char* out, ShortestDecimal decimal) {
     const int digit_count = count_digits(decimal.digits);  // at most 17
     const int exponent = decimal.exponent + digit_count - 1;
     const DigitBytes digits(decimal.digits, digit_count);
@@ -174,7 +119,9 @@ char* write_double(char* out, double value) {
         *out = '0';
         return out + 1;
     }
-    return write_decimal(out, shortest_decimal(mantissa, static_cast<int>(exponent)));
+    const bool normal = exponent != 0;
+    return write_decimal(out,
+                         normal ? shortest_decimal(mantissa, static_cast<int>(exponent)) : exact_shortest_decimal(mantissa, 0));
 }
 
 // ---- Text to double ---------------------------------------------------------------------------------------------------------

@@ -20,12 +20,12 @@ struct Significand {
     uint64_t low;
 };
 
-inline constexpr int kLowestPowerOfTen = -292;
+inline constexpr int kLowestPowerOfTen = -293;
 inline constexpr int kHighestPowerOfTen = 324;
 
 namespace powers_of_ten_detail {
 
-// 10^324 has 1077 bits. 2^1151 / 10^292 has 181 bits and so still more than the 128 that are kept.
+// 10^324 has 1077 bits. 2^1151 / 10^293 has 178 bits and so still more than the 128 that are kept.
 inline constexpr size_t kLimbs = 18;
 using Wide = std::array<uint64_t, kLimbs>;  // least significant limb first
 
@@ -86,7 +86,7 @@ constexpr auto build() {
     return table;
 }
 
-inline constexpr auto kTable = build();
+[[gnu::visibility("hidden")]] inline constexpr auto kTable = build();
 
 }  // namespace powers_of_ten_detail
 

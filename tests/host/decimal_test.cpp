@@ -4,7 +4,9 @@
 
 #include <array>
 #include <bit>
+#include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <random>
@@ -522,6 +524,31 @@ TEST(DecimalNumbers, DoublesInAndOut) {
     EXPECT_EQ(to("9007199254740993.00000000000000000000001"), 9007199254740994.0);
     EXPECT_EQ(to("1e125"), 1e125);
     EXPECT_EQ(to("1e-130"), 1e-130);
+}
+
+// A double is the decimal that its shortest text says, byte for byte, in every range.
+TEST(DecimalNumbers, DoublesAreTheirShortestTexts) {
+    std::mt19937_64 random(support::test_seed());
+    const auto expect_text = [](double value) {
+        char buffer[40];
+        const char* const end = std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::scientific).ptr;
+        xdec found = dec("7.7"), expected = dec("8.8");
+        const int32_t code = xdec_from_char(&expected, buffer, static_cast<uint32_t>(end - buffer));
+        ASSERT_EQ(xdec_from_double(value, &found), code) << value;
+        ASSERT_EQ(std::memcmp(&found, &expected, sizeof found), 0) << value;
+    };
+    for (int i = 0; i < 200'000; ++i) {
+        const auto drawn = static_cast<int64_t>(random());
+        expect_text(static_cast<double>(drawn) / 1e9);
+        expect_text(static_cast<double>(drawn % 1'000'000'000) / 100);
+        expect_text(static_cast<double>(drawn % 100'000) * 1000);
+        expect_text(std::ldexp(static_cast<double>(drawn), static_cast<int>(random() % 760) - 480));
+    }
+    for (int power = -135; power <= 127; ++power) {
+        for (const char* digits : {"1", "5", "9", "12345", "-1", "-9.9", "4.9", "4.99999999999"}) {
+            expect_text(std::strtod((digits + ("e" + std::to_string(power))).c_str(), nullptr));
+        }
+    }
 }
 
 // Months and days come out as the double of them does, byte for byte: all days, with months around every change of size.

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
+#include <charconv>
 #include <cmath>
 #include <cstdint>
 #include <cstdlib>
@@ -129,6 +131,67 @@ TEST(NumberText, WritesWhatPythonWrites) {
     for (const std::string& line : lines) {
         const auto fields = split(line, ' ');
         ASSERT_EQ(text_of(std::bit_cast<double>(std::strtoull(fields[0].c_str(), nullptr, 16))), fields[1]) << fields[0];
+    }
+}
+
+// The text of a number in the C++ library's form, d.ddde+dd, without a sign.
+std::string scientific(std::string_view text) {
+    if (text.front() == '-') text.remove_prefix(1);
+    const size_t e = text.find('E');
+    int exponent = e == std::string_view::npos ? 0 : std::atoi(std::string(text.substr(e + 1)).c_str());
+    const std::string_view plain = text.substr(0, e);
+    const size_t point = std::min(plain.find('.'), plain.size());
+    std::string digits(plain.substr(0, point));
+    exponent += static_cast<int>(digits.size()) - 1;
+    if (point < plain.size()) digits += plain.substr(point + 1);
+    const size_t first = std::min(digits.find_first_not_of('0'), digits.size() - 1);
+    digits.erase(0, first);
+    exponent -= static_cast<int>(first);
+    while (digits.size() > 1 && digits.back() == '0') digits.pop_back();
+    if (digits.size() > 1) digits.insert(1, ".");
+    const std::string magnitude = std::to_string(std::abs(exponent));
+    return digits + (exponent < 0 ? "e-" : "e+") + (magnitude.size() < 2 ? "0" : "") + magnitude;
+}
+
+void expect_digits_of_to_chars(double value) {
+    char buffer[40];
+    const char* const end = std::to_chars(buffer, buffer + sizeof buffer, std::fabs(value), std::chars_format::scientific).ptr;
+    ASSERT_EQ(scientific(text_of(value)), std::string_view(buffer, static_cast<size_t>(end - buffer))) << value;
+}
+
+// Around every power of two, where the gap below a number is half of that above it.
+TEST(NumberText, WritesTheDigitsOfToCharsAtEveryExponent) {
+    for (uint64_t exponent = 1; exponent < 0x7FF; ++exponent) {
+        for (uint64_t bits = (exponent << 52) - 4; bits <= (exponent << 52) + 4; ++bits) {
+            expect_digits_of_to_chars(std::bit_cast<double>(bits));
+        }
+    }
+}
+
+// Where a midpoint is a short decimal, or the number lies halfway between two: products that are cut off cannot tell.
+TEST(NumberText, WritesTheDigitsOfToCharsAtTies) {
+    std::mt19937_64 random(support::test_seed());
+    for (int shift = -4; shift <= 12; ++shift) {
+        for (int i = 0; i < kRandomCount / 100; ++i) {
+            const auto mantissa = static_cast<double>(random() >> 11);
+            expect_digits_of_to_chars(std::ldexp(mantissa, shift));
+        }
+        for (int i = -50; i <= 50; ++i) expect_digits_of_to_chars(std::ldexp(9e15 + i, shift));
+    }
+    for (int power = 0; power <= 22; ++power) {
+        for (int i = 1; i < 100; ++i) expect_digits_of_to_chars(i * std::pow(10.0, power));
+        for (int i = 1; i < 100; ++i) expect_digits_of_to_chars(i / std::pow(10.0, power));
+    }
+}
+
+TEST(NumberText, WritesTheDigitsOfToCharsOfUsualNumbers) {
+    std::mt19937_64 random(support::test_seed());
+    for (int i = 0; i < kRandomCount / 4; ++i) {
+        const auto drawn = static_cast<int64_t>(random());
+        for (const double value : {std::bit_cast<double>(drawn), static_cast<double>(drawn) / 1e9,
+                                   static_cast<double>(drawn % 1'000'000'000) / 100, static_cast<double>(drawn % 100'000)}) {
+            if (std::isfinite(value)) expect_digits_of_to_chars(value);
+        }
     }
 }
 
