@@ -108,7 +108,7 @@ std::vector<Function> conditional_functions() {
          .result = kDouble,
          .help = "x, be it NaN or not; NULL where x or y is.",
          .forms = {{"aa", "bnanvl_aa", &bnanvl_aa}, {"av", "bnanvl_av", &bnanvl_av}, {"va", "bnanvl_va", &bnanvl_va}},
-         .examples = {{"nanvl(1.5e0, 2)", "1.5"}, {"nanvl(1.5e0, NULL)", "NULL"}}},
+         .examples = {{"nanvl(1.5e0, 2)", "1.5"}, {"nanvl(CAST('NaN' AS double), 2)", "NaN"}, {"nanvl(1.5e0, NULL)", "NULL"}}},
         {.name = "lnnvl",
          .parameters = {{"condition", kInt, Needs::kCondition}},
          .result = kInt,

@@ -66,6 +66,22 @@ void set_text(bdta3_col* vector, ValueType type, uint32_t row, const std::option
     }
 }
 
+std::string result_text(const Plan& plan, const Evaluator& evaluator, uint32_t row) {
+    TextBuffer line;
+    for (size_t i = 0; i < plan.outputs.size(); ++i) {
+        const bdta3_col* result = evaluator.result(i);
+        const uint32_t physical = physical_row(result, row);
+        if (i > 0) line.append('|');
+        if (result->data->valid[physical] == 0) {
+            EXPECT_EQ(result->all_valid, 0u) << plan.outputs[i].name;
+            line.append("NULL");
+        } else {
+            append_value_text(line, evaluator.environment().env(), plan.nodes[plan.outputs[i].node].type, result, physical);
+        }
+    }
+    return std::string(line.view());
+}
+
 std::vector<std::string> evaluate(std::string_view select, const std::vector<TestColumn>& columns,
                                   std::optional<std::string_view> where) {
     const Plan plan = plan_of(select, columns, where);
@@ -78,21 +94,7 @@ std::vector<std::string> evaluate(std::string_view select, const std::vector<Tes
     }
     const uint32_t left = evaluator.run(rows);
     std::vector<std::string> lines;
-    for (uint32_t row = 0; row < left; ++row) {
-        TextBuffer line;
-        for (size_t i = 0; i < plan.outputs.size(); ++i) {
-            const bdta3_col* result = evaluator.result(i);
-            const uint32_t physical = physical_row(result, row);
-            if (i > 0) line.append('|');
-            if (result->data->valid[physical] == 0) {
-                EXPECT_EQ(result->all_valid, 0u) << select;
-                line.append("NULL");
-            } else {
-                append_value_text(line, evaluator.environment().env(), plan.nodes[plan.outputs[i].node].type, result, physical);
-            }
-        }
-        lines.emplace_back(line.view());
-    }
+    for (uint32_t row = 0; row < left; ++row) lines.push_back(result_text(plan, evaluator, row));
     return lines;
 }
 

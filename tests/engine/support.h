@@ -29,7 +29,10 @@ Plan plan_of(std::string_view select, const std::vector<TestColumn>& columns,
 // Stores text in a row; NULL without one.
 void set_text(bdta3_col* vector, ValueType type, uint32_t row, const std::optional<std::string>& text);
 
-// One line for each row that is left: the values separated by |, NULL as NULL.
+// A row of the results: the values separated by |, NULL as NULL.
+std::string result_text(const Plan& plan, const Evaluator& evaluator, uint32_t row);
+
+// One such line for each row that is left.
 std::vector<std::string> evaluate(std::string_view select, const std::vector<TestColumn>& columns,
                                   std::optional<std::string_view> where = std::nullopt);
 
