@@ -81,6 +81,12 @@ inline constexpr int32_t kHostType<double> = HOST_DOUBLE;
 template <>
 inline constexpr int32_t kHostType<xdec> = HOST_DEC;
 template <>
+inline constexpr int32_t kHostType<qztime> = HOST_DATETIME;
+template <>
+inline constexpr int32_t kHostType<qz_interval_ym> = HOST_INTERVAL_YM;
+template <>
+inline constexpr int32_t kHostType<qz_interval_dt> = HOST_INTERVAL_DT;
+template <>
 inline constexpr int32_t kHostType<bdta3_colstr> = HOST_STR;
 
 template <class Record>

@@ -6,8 +6,7 @@
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
 using bench::Vector;
 
 constexpr size_t kBytes = 2 * (sizeof(qztime) + 1);
@@ -17,17 +16,16 @@ constexpr size_t kBytes = 2 * (sizeof(qztime) + 1);
 // BM_loop_<what>: dates and valid bytes in, dates and valid bytes out.
 template <void (*kRow)(qztime&, const qztime&)>
 void BM_loop(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_DATETIME, shape.rows);
-    qztime* const out = result.values<qztime>();
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    const uint32_t n = batch.rows();
+    qztime* const out = batch.out().values<qztime>();
     const qztime* const in = dates.values<qztime>();
-    for (auto _ : state) {
-        std::memcpy(result.col()->data->valid, dates.valid(), shape.rows);
-        for (uint32_t i = 0; i < shape.rows; ++i) kRow(out[i], in[i]);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes);
+    batch.measure(kBytes, [&] {
+        std::memcpy(batch.result()->data->valid, dates.valid(), n);
+        for (uint32_t i = 0; i < n; ++i) kRow(out[i], in[i]);
+        return 0;
+    });
 }
 
 void copy(qztime& out, const qztime& in) { out = in; }
@@ -63,24 +61,13 @@ BENCHMARK(BM_loop<last_day>)->Name("BM_loop_last_day")->Apply(bench::dense_dates
 
 // ---- Functions --------------------------------------------------------------------------------------------------------------
 
-// Calls with the dates, the result and the number of rows.
-template <class Call>
-void run(benchmark::State& state, const Call& call) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_DATETIME, shape.rows);
-    for (auto _ : state) {
-        if (call(host, dates.col(), result.col(), shape) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes);
-}
-
 template <class Record, bop_fn_av* kFunction, auto kAmount>
 void BM_constant(benchmark::State& state) {
-    run(state, [](const Host& host, bdta3_col* dates, bdta3_col* result, const Shape& shape) {
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    batch.measure(kBytes, [&] {
         Record record = kAmount();
-        return kFunction(host.env(), host.rt_mem(), dates, reinterpret_cast<bdta3_scalar*>(&record), result, shape.rows);
+        return kFunction(batch.env(), batch.rt_mem(), dates.col(), bench::constant(record), batch.result(), batch.rows());
     });
 }
 
@@ -102,32 +89,37 @@ BENCH_CONSTANT(bdate_add_ym_av, bdta3_interval_ym, years_and_months, "");
 BENCH_CONSTANT(bdate_add_dt_av, bdta3_interval_dt, days_and_time, "");
 
 void BM_next_day(benchmark::State& state) {
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
     char name[] = "FRIDAY";
     nstr record{};
     record.has_value = 1;
     record.len = sizeof name - 1;
     record.nstr_ext = name;
-    run(state, [&record](const Host& host, bdta3_col* dates, bdta3_col* result, const Shape& shape) {
-        return bnext_day_av_date(host.env(), host.rt_mem(), dates, reinterpret_cast<bdta3_scalar*>(&record), result,
-                                 shape.rows);
+    batch.measure(kBytes, [&] {
+        return bnext_day_av_date(batch.env(), batch.rt_mem(), dates.col(), bench::constant(record), batch.result(),
+                                 batch.rows());
     });
 }
 BENCHMARK(BM_next_day)->Name("BM_bnext_day_av_date")->Apply(bench::date_shapes);
 
 void BM_last_day(benchmark::State& state) {
-    run(state, [](const Host& host, bdta3_col* dates, bdta3_col* result, const Shape& shape) {
-        return blast_day_a_date(host.env(), host.rt_mem(), dates, result, shape.rows);
-    });
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    batch.measure(kBytes,
+                  [&] { return blast_day_a_date(batch.env(), batch.rt_mem(), dates.col(), batch.result(), batch.rows()); });
 }
 BENCHMARK(BM_last_day)->Name("BM_blast_day_a_date")->Apply(bench::date_shapes);
 
 template <int32_t kPart>
 void BM_dateadd(benchmark::State& state) {
-    run(state, [](const Host& host, bdta3_col* dates, bdta3_col* result, const Shape& shape) {
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    batch.measure(kBytes, [&] {
         bdta3_int part{1, kPart};
         bdta3_int64 count{1, 13};
-        return bdateadd_vva_date(host.env(), host.rt_mem(), reinterpret_cast<bdta3_scalar*>(&part),
-                                 reinterpret_cast<bdta3_scalar*>(&count), dates, result, shape.rows);
+        return bdateadd_vva_date(batch.env(), batch.rt_mem(), bench::constant(part), bench::constant(count), dates.col(),
+                                 batch.result(), batch.rows());
     });
 }
 BENCHMARK(BM_dateadd<HOST_PART_DAY>)->Name("BM_bdateadd_vva_date_day")->Apply(bench::dense_dates);
@@ -135,20 +127,17 @@ BENCHMARK(BM_dateadd<HOST_PART_MONTH>)->Name("BM_bdateadd_vva_date_month")->Appl
 BENCHMARK(BM_dateadd<HOST_PART_HOUR>)->Name("BM_bdateadd_vva_date_hour")->Apply(bench::dense_dates);
 
 // Amounts of their own for each row.
-template <class T, int32_t kType, bop_fn_aa* kFunction>
+template <class T, bop_fn_aa* kFunction>
 void BM_vectors(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_DATETIME, shape.rows);
-    const Vector amounts = Vector::of<T>(
-        host, kType, shape, [](std::mt19937_64& random) { return static_cast<T>(static_cast<int32_t>(random() % 200) - 100); });
-    for (auto _ : state) {
-        if (kFunction(host.env(), host.rt_mem(), dates.col(), amounts.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes + sizeof(T) + 1);
+    Batch<qztime> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    const Vector amounts =
+        batch.of<T>([](std::mt19937_64& random) { return static_cast<T>(static_cast<int32_t>(random() % 200) - 100); });
+    batch.measure(kBytes + sizeof(T) + 1, [&] {
+        return kFunction(batch.env(), batch.rt_mem(), dates.col(), amounts.col(), batch.result(), batch.rows());
+    });
 }
-BENCHMARK(BM_vectors<double, HOST_DOUBLE, badd_days_aa_date>)->Name("BM_badd_days_aa_date")->Apply(bench::date_shapes);
-BENCHMARK(BM_vectors<int32_t, HOST_INT, badd_months_aa_date>)->Name("BM_badd_months_aa_date")->Apply(bench::date_shapes);
+BENCHMARK(BM_vectors<double, badd_days_aa_date>)->Name("BM_badd_days_aa_date")->Apply(bench::date_shapes);
+BENCHMARK(BM_vectors<int32_t, badd_months_aa_date>)->Name("BM_badd_months_aa_date")->Apply(bench::date_shapes);
 
 }  // namespace

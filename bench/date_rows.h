@@ -24,21 +24,12 @@ inline qztime random_datetime(std::mt19937_64& random) {
     return value;
 }
 
-inline Vector datetimes(const Host& host, const Shape& shape) {
-    return Vector::of<qztime>(host, HOST_DATETIME, shape, random_datetime);
-}
-
-// The same with other values: Vector::of takes its seed from the shape.
+// The same with other values: a vector takes its seed from the batch's shape.
 template <unsigned kOther>
-Vector more_datetimes(const Host& host, const Shape& shape) {
-    return Vector::of<qztime>(host, HOST_DATETIME, shape, [](std::mt19937_64& random) {
-        random.discard(kOther);
-        return random_datetime(random);
-    });
+qztime other_datetime(std::mt19937_64& random) {
+    random.discard(kOther);
+    return random_datetime(random);
 }
-inline Vector other_datetimes(const Host& host, const Shape& shape) { return more_datetimes<7>(host, shape); }
-inline Vector third_datetimes(const Host& host, const Shape& shape) { return more_datetimes<8>(host, shape); }
-inline Vector fourth_datetimes(const Host& host, const Shape& shape) { return more_datetimes<9>(host, shape); }
 
 // 65,536 rows: without NULLs, with 1 and 50 percent, and with a selection; and 1,024 without either.
 inline void date_shapes(benchmark::internal::Benchmark* benchmark) {

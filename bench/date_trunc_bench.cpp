@@ -11,9 +11,10 @@
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
 using bench::Vector;
+
+constexpr size_t kBytes = 2 * (sizeof(qztime) + 1);
 
 template <int32_t kFirst, int32_t kLast>
 qztime random_date(std::mt19937_64& random) {
@@ -40,45 +41,29 @@ nstr element_of(const char* word) {
 }
 
 void BM_element(benchmark::State& state, bop_fn_av* function, const char* word, qztime (*make)(std::mt19937_64&)) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<qztime>(host, HOST_DATETIME, shape, make);
-    const Vector result(host, HOST_DATETIME, shape.rows);
+    Batch<qztime> batch(state);
+    const Vector x = batch.of<qztime>(make);
     nstr element = element_of(word);
-    for (auto _ : state) {
-        if (function(host.env(), host.rt_mem(), x.col(), reinterpret_cast<bdta3_scalar*>(&element), result.col(), shape.rows) !=
-            0) {
-            std::abort();
-        }
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(qztime) + 1));
+    batch.measure(kBytes, [&] {
+        return function(batch.env(), batch.rt_mem(), x.col(), bench::constant(element), batch.result(), batch.rows());
+    });
 }
 
 void BM_day(benchmark::State& state, bop_fn_a* function) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<qztime>(host, HOST_DATETIME, shape, kNear);
-    const Vector result(host, HOST_DATETIME, shape.rows);
-    for (auto _ : state) {
-        if (function(host.env(), host.rt_mem(), x.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(qztime) + 1));
+    Batch<qztime> batch(state);
+    const Vector x = batch.of<qztime>(kNear);
+    batch.measure(kBytes, [&] { return function(batch.env(), batch.rt_mem(), x.col(), batch.result(), batch.rows()); });
 }
 
 // ---- Floors ---------------------------------------------------------------------------------------------------------------
 
 void BM_loop(benchmark::State& state, void (*loop)(qztime*, uint8_t*, const qztime*, const uint8_t*, uint32_t)) {
-    const Host host;
-    const Shape shape(state);
-    const Vector x = Vector::of<qztime>(host, HOST_DATETIME, shape, kNear);
-    const Vector result(host, HOST_DATETIME, shape.rows);
-    for (auto _ : state) {
-        loop(result.values<qztime>(), result.col()->data->valid, x.values<qztime>(), x.valid(), shape.rows);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 2 * (sizeof(qztime) + 1));
+    Batch<qztime> batch(state);
+    const Vector x = batch.of<qztime>(kNear);
+    batch.measure(kBytes, [&] {
+        loop(batch.out().values<qztime>(), batch.result()->data->valid, x.values<qztime>(), x.valid(), batch.rows());
+        return 0;
+    });
 }
 
 void copy(qztime* out, uint8_t* out_valid, const qztime* x, const uint8_t* valid, uint32_t n) {

@@ -5,8 +5,7 @@
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
 using bench::Vector;
 
 constexpr size_t kBytes = sizeof(qztime) + 1 + sizeof(int32_t) + 1;
@@ -15,17 +14,16 @@ constexpr size_t kBytes = sizeof(qztime) + 1 + sizeof(int32_t) + 1;
 
 template <int32_t (*kRow)(const qztime&)>
 void BM_loop(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_INT, shape.rows);
-    int32_t* const out = result.values<int32_t>();
+    Batch<int32_t> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    const uint32_t n = batch.rows();
+    int32_t* const out = batch.out().values<int32_t>();
     const qztime* const in = dates.values<qztime>();
-    for (auto _ : state) {
-        std::memcpy(result.col()->data->valid, dates.valid(), shape.rows);
-        for (uint32_t i = 0; i < shape.rows; ++i) out[i] = kRow(in[i]);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes);
+    batch.measure(kBytes, [&] {
+        std::memcpy(batch.result()->data->valid, dates.valid(), n);
+        for (uint32_t i = 0; i < n; ++i) out[i] = kRow(in[i]);
+        return 0;
+    });
 }
 
 int32_t year(const qztime& v) { return v.year; }
@@ -48,47 +46,35 @@ BENCHMARK(BM_loop<day_of_year>)->Name("BM_loop_day_of_year")->Apply(bench::dense
 
 template <bop_fn_a* kFunction>
 void BM_part(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_INT, shape.rows);
-    for (auto _ : state) {
-        if (kFunction(host.env(), host.rt_mem(), dates.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes);
+    Batch<int32_t> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    batch.measure(kBytes, [&] { return kFunction(batch.env(), batch.rt_mem(), dates.col(), batch.result(), batch.rows()); });
 }
 
-template <bop_fn_va* kFunction, int32_t kPart, int32_t kType>
+template <class R, bop_fn_va* kFunction, int32_t kPart>
 void BM_extract(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, kType, shape.rows);
-    bdta3_int record{1, kPart};
-    auto* const part = reinterpret_cast<bdta3_scalar*>(&record);
-    for (auto _ : state) {
-        if (kFunction(host.env(), host.rt_mem(), part, dates.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, kBytes);
+    Batch<R> batch(state);
+    const Vector dates = batch.template of<qztime>(bench::random_datetime);
+    bdta3_int part{1, kPart};
+    batch.measure(kBytes, [&] {
+        return kFunction(batch.env(), batch.rt_mem(), bench::constant(part), dates.col(), batch.result(), batch.rows());
+    });
 }
 
 // The names are stored as strings.
 template <bop_fn_a* kFunction>
 void BM_name(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Vector dates = bench::datetimes(host, shape), result(host, HOST_STR, shape.rows);
-    for (auto _ : state) {
-        host_col_reset(result.col());
-        if (kFunction(host.env(), host.rt_mem(), dates.col(), result.col(), shape.rows) != 0) std::abort();
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, sizeof(qztime) + 1 + sizeof(bdta3_colstr) + 1);
+    Batch<bdta3_colstr> batch(state);
+    const Vector dates = batch.of<qztime>(bench::random_datetime);
+    batch.measure(sizeof(qztime) + 1 + sizeof(bdta3_colstr) + 1, [&] {
+        host_col_reset(batch.result());
+        return kFunction(batch.env(), batch.rt_mem(), dates.col(), batch.result(), batch.rows());
+    });
 }
 
 #define BENCH_PART(name) BENCHMARK(BM_part<name>)->Name("BM_" #name)->Apply(bench::date_shapes)
 #define BENCH_EXTRACT(name, part, type, suffix) \
-    BENCHMARK(BM_extract<name, part, type>)->Name("BM_" #name suffix)->Apply(bench::date_shapes)
+    BENCHMARK(BM_extract<type, name, part>)->Name("BM_" #name suffix)->Apply(bench::date_shapes)
 
 BENCH_PART(byear_a_date);
 BENCH_PART(bmonth_a_date);
@@ -96,9 +82,9 @@ BENCH_PART(bhour_a_date);
 BENCH_PART(bquarter_qztime_a_date);
 BENCH_PART(bdayofyear_a_date);
 BENCH_PART(bdayofweek_a_date);
-BENCH_EXTRACT(bextract_date_va_date, HOST_PART_YEAR, HOST_INT, "_year");
-BENCH_EXTRACT(bextract_datetime_va_date, HOST_PART_MINUTE, HOST_INT, "_minute");
-BENCH_EXTRACT(bextract_time_ex_va_date, HOST_PART_SECOND, HOST_DOUBLE, "_second");
+BENCH_EXTRACT(bextract_date_va_date, HOST_PART_YEAR, int32_t, "_year");
+BENCH_EXTRACT(bextract_datetime_va_date, HOST_PART_MINUTE, int32_t, "_minute");
+BENCH_EXTRACT(bextract_time_ex_va_date, HOST_PART_SECOND, double, "_second");
 BENCHMARK(BM_name<bdayname_a_date>)->Name("BM_bdayname_a_date")->Apply(bench::dense_dates);
 BENCHMARK(BM_name<bmonthname_a_date>)->Name("BM_bmonthname_a_date")->Apply(bench::dense_dates);
 

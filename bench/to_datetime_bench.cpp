@@ -7,8 +7,7 @@
 
 namespace {
 
-using bench::Host;
-using bench::Shape;
+using bench::Batch;
 using bench::Vector;
 
 struct Limits {
@@ -19,12 +18,12 @@ struct Limits {
 constexpr Limits kInRange{{1990, 1, 1, 0, 0}, {41, 12, 28, 24, 60}};
 constexpr Limits kCarrying{{1990, -6, -20, -20, -100}, {41, 25, 81, 61, 301}};
 
-struct Fields {
+struct Fields : Batch<qztime> {
     std::vector<Vector> vectors;
 
-    Fields(const Host& host, const Shape& shape, const Limits& limits) {
+    Fields(benchmark::State& state, const Limits& limits) : Batch(state) {
         for (size_t i = 0; i < 5; ++i) {
-            vectors.push_back(Vector::of<int32_t>(host, HOST_INT, shape, [&](std::mt19937_64& random) {
+            vectors.push_back(of<int32_t>([&](std::mt19937_64& random) {
                 return limits.first[i] + static_cast<int32_t>((random() >> (8 * i)) % limits.count[i]);
             }));
         }
@@ -32,34 +31,21 @@ struct Fields {
     bdta3_col* operator[](size_t i) const { return vectors[i].col(); }
 };
 
+constexpr size_t bytes(size_t vectors) { return vectors * (sizeof(int32_t) + 1) + sizeof(qztime) + 1; }
+
 void BM_vectors(benchmark::State& state, const Limits& limits) {
-    const Host host;
-    const Shape shape(state);
-    const Fields f(host, shape, limits);
-    const Vector result(host, HOST_DATETIME, shape.rows);
-    for (auto _ : state) {
-        if (bto_datetime_aaaaa_date(host.env(), host.rt_mem(), f[0], f[1], f[2], f[3], f[4], result.col(), shape.rows) != 0) {
-            std::abort();
-        }
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 5 * (sizeof(int32_t) + 1) + sizeof(qztime) + 1);
+    Fields f(state, limits);
+    f.measure(bytes(5),
+              [&] { return bto_datetime_aaaaa_date(f.env(), f.rt_mem(), f[0], f[1], f[2], f[3], f[4], f.result(), f.rows()); });
 }
 
 void BM_date_with_constant_time(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Fields f(host, shape, kInRange);
-    const Vector result(host, HOST_DATETIME, shape.rows);
+    Fields f(state, kInRange);
     bdta3_int hour{1, 10}, minute{1, 30};
-    for (auto _ : state) {
-        if (bto_datetime_aaavv_lili_date(host.env(), host.rt_mem(), f[0], f[1], f[2], reinterpret_cast<bdta3_scalar*>(&hour),
-                                         reinterpret_cast<bdta3_scalar*>(&minute), result.col(), shape.rows) != 0) {
-            std::abort();
-        }
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 3 * (sizeof(int32_t) + 1) + sizeof(qztime) + 1);
+    f.measure(bytes(3), [&] {
+        return bto_datetime_aaavv_lili_date(f.env(), f.rt_mem(), f[0], f[1], f[2], bench::constant(hour),
+                                            bench::constant(minute), f.result(), f.rows());
+    });
 }
 
 BENCH_FLOOR void fields_loop(qztime* out, uint8_t* out_valid, const int32_t* const* x, const uint8_t* const* valid,
@@ -80,18 +66,14 @@ BENCH_FLOOR void fields_loop(qztime* out, uint8_t* out_valid, const int32_t* con
 }
 
 void BM_loop_fields(benchmark::State& state) {
-    const Host host;
-    const Shape shape(state);
-    const Fields f(host, shape, kInRange);
-    const Vector result(host, HOST_DATETIME, shape.rows);
+    Fields f(state, kInRange);
     const int32_t* values[5];
     const uint8_t* valid[5];
     for (size_t i = 0; i < 5; ++i) values[i] = f.vectors[i].values<int32_t>(), valid[i] = f.vectors[i].valid();
-    for (auto _ : state) {
-        fields_loop(result.values<qztime>(), result.col()->data->valid, values, valid, shape.rows);
-        benchmark::ClobberMemory();
-    }
-    bench::report(state, shape.rows, 5 * (sizeof(int32_t) + 1) + sizeof(qztime) + 1);
+    f.measure(bytes(5), [&] {
+        fields_loop(f.out().values<qztime>(), f.result()->data->valid, values, valid, f.rows());
+        return 0;
+    });
 }
 
 BENCHMARK(BM_loop_fields)->Apply(bench::dense_shapes);
