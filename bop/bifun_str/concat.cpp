@@ -6,8 +6,10 @@
 #include <cstring>
 
 #include "bop/bifun_str/text.h"
+#include "bop/bifun_str/text_groups.h"
 #include "bop/frame/copy_text.h"
 #include "bop/frame/export.h"
+#include "bop/frame/masked_moves.h"
 #include "qzbifun/string.h"
 
 namespace bifun {
@@ -51,16 +53,75 @@ struct ConcatRow {
     }
 };
 
+// What a row stores: a value, then blanks that are written out between the two, then the other value. A NULL brings nothing.
+struct Joint {
+    Text a, b;
+    uint32_t written;
+
+    Joint(const Nullable<Text>& first, const Nullable<Text>& second)
+        : a(first.valid != 0 ? first.value : Text{}),
+          b(second.valid != 0 ? second.value : Text{}),
+          written(b.len != 0 ? a.blank : 0) {}
+
+    uint64_t len() const { return uint64_t{a.len} + written + b.len; }
+    uint64_t blank() const { return uint64_t{a.blank - written} + b.blank; }
+};
+
+template <class Form, class A, class B>
+struct ConcatRows {
+    const Call& call;
+    frame::Output out;
+    A a;
+    B b;
+
+    uint64_t bytes(uint32_t i) const {
+        const Joint joint(a.value_at(i), b.value_at(i));
+        return joint.blank() > UINT32_MAX ? UINT64_MAX : joint.len();
+    }
+
+    int32_t group(const TextGroup& group) const {
+        with_moves([&]<class Moves>(Moves) BIFUN_INLINE_LAMBDA { join<Moves>(group, out, a, b); });
+        return 0;
+    }
+
+    template <class Moves>
+    BIFUN_ALWAYS_INLINE static void join(const TextGroup& group, const frame::Output out, const A a, const B b) {
+        auto* const slots = static_cast<bdta3_colstr*>(out.values);
+        for (uint32_t k = 0; k < group.rows; ++k) {
+            const uint32_t i = group.begin + k;
+            out.valid[i] = static_cast<uint8_t>(a.valid_at(i) | b.valid_at(i));
+            if (out.valid[i] == 0) continue;
+            const Joint joint(a.value_at(i), b.value_at(i));
+            // No text stands behind the group, not even one without bytes.
+            char* const to = group.space + (group.len(k) == 0 ? 0 : group.at[k]);
+            slots[i] = {group.len(k), static_cast<uint32_t>(joint.blank()), to};
+            Moves::copy(to, joint.a.bytes, joint.a.len);
+            if (joint.written != 0) std::memset(to + joint.a.len, ' ', joint.written);
+            Moves::copy(to + joint.a.len + joint.written, joint.b.bytes, joint.b.len);
+        }
+    }
+
+    int32_t each(uint32_t begin, uint32_t end) const {
+        ConcatRow<Form> worker;
+        return frame::each_row(worker, call, out, begin, end, a, b);
+    }
+};
+
+template <class Form, class... Slot>
+int32_t concat_rows(const Call& call, bdta3_col* result, uint32_t nrows, Slot*... slot) {
+    const auto rows = [&]<class A, class B>(const A& a, const B& b) {
+        return rows_in_groups(call, result, nrows, ConcatRows<Form, A, B>{call, frame::Output(result), a, b});
+    };
+    return nrows == 0 ? 0 : with_access<std::tuple<Nullable<Text>, Nullable<Text>>, true>(rows, slot...);
+}
+
 // Unlike its kin it looks at the rows: the flag is 1 where none came out NULL.
 struct ConcatVectors {
     static constexpr const char* kWorker = "bconcat_aa_process";
 
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* a, bdta3_col* b) {
-        ConcatRow<ConcatVectors> worker;
-        if (nrows != 0) {
-            const int32_t code = frame::rows(worker, call, frame::Output(result), nrows, a, b);
-            if (code < 0) return code;
-        }
+        const int32_t code = concat_rows<ConcatVectors>(call, result, nrows, a, b);
+        if (code < 0) return code;
         result->all_valid = nrows == 0 || std::memchr(result->data->valid, 0, nrows) == nullptr;
         return 0;
     }
@@ -73,21 +134,13 @@ nstr with_value_in_low_byte(const bdta3_scalar* constant) {
     return copy;
 }
 
-template <class Form, class... Slot>
-int32_t concat_with_constant(const Call& call, bdta3_col* result, uint32_t nrows, uint32_t flag, Slot*... slot) {
-    result->all_valid = flag;
-    ConcatRow<Form> worker;
-    return nrows == 0 ? 0 : frame::rows(worker, call, frame::Output(result), nrows, slot...);
-}
-
 struct ConcatWithConstant {
     static constexpr const char* kWorker = "bconcat_av_process";
 
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_col* a, bdta3_scalar* b) {
         nstr constant = with_value_in_low_byte(b);
-        const uint32_t flag = frame::flag_of(*a) | frame::flag_of(*b);
-        return concat_with_constant<ConcatWithConstant>(call, result, nrows, flag, a,
-                                                        reinterpret_cast<bdta3_scalar*>(&constant));
+        result->all_valid = frame::flag_of(*a) | frame::flag_of(*b);
+        return concat_rows<ConcatWithConstant>(call, result, nrows, a, reinterpret_cast<bdta3_scalar*>(&constant));
     }
 };
 
@@ -96,8 +149,8 @@ struct ConcatToConstant {
 
     static int32_t batch(const Call& call, bdta3_col* result, uint32_t nrows, bdta3_scalar* a, bdta3_col* b) {
         nstr constant = with_value_in_low_byte(a);
-        const uint32_t flag = frame::flag_of(*a) | frame::flag_of(*b);
-        return concat_with_constant<ConcatToConstant>(call, result, nrows, flag, reinterpret_cast<bdta3_scalar*>(&constant), b);
+        result->all_valid = frame::flag_of(*a) | frame::flag_of(*b);
+        return concat_rows<ConcatToConstant>(call, result, nrows, reinterpret_cast<bdta3_scalar*>(&constant), b);
     }
 };
 

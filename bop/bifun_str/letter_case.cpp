@@ -7,7 +7,6 @@
 #include "bop/bifun_str/text_runs.h"
 #include "bop/frame/copy_text.h"
 #include "bop/frame/export.h"
-#include "bop/frame/memory.h"
 #include "qzbifun/string.h"
 #include "qzhost/characters.h"
 
@@ -50,13 +49,8 @@ struct ChangedRows {
     RowWorker worker;
 
     bool run(const TextRun& run) {
-        char* const to = bdta3_col_space_alloc(call.env, call.rt_mem, out.result->data, run.len);
+        char* const to = own_space(call, out.result, run.len);
         if (to == nullptr) return false;
-        if (bdta3_str_is_in_local(out.result->data, to) == 0) {
-            // A block that its rows could not give back one by one.
-            release_block(call.env, call.rt_mem, to);
-            return false;
-        }
         std::memcpy(to, run.text, run.len);
         kChange(to, run.len);
         auto* const slots = static_cast<bdta3_colstr*>(out.values);

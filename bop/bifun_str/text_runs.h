@@ -1,20 +1,12 @@
-// Rows whose texts stand one behind the other, as a vector stores them row by row: what is asked of one text can be asked of
-// all at once, as long as their characters cannot grow together.
-//
-// That is so where every byte is a character of its own. No character spans two rows then, and none of a row's bytes would be
-// part of a longer one in the row alone: it would be part of it in the run too.
-//
-// It is so in UTF-8 also where no text begins with a continuation byte, which all bytes of a character but its first are, and no
-// others. No character reaches into the next text then, and a sequence that a text cuts off is malformed in the run too.
+// Rows whose texts stand one behind the other already, as a vector stores them row by row.
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "bop/bifun_str/joined_texts.h"
 #include "bop/frame/run.h"
-#include "qzbifun/codes.h"
 #include "qzhost/characters.h"
-#include "qzhost/parameters.h"
 
 namespace bifun {
 
@@ -24,8 +16,6 @@ struct TextRun {
     uint32_t len;
 };
 
-// Short enough for the texts to stay in the first cache level, and for a vector to have room for them in its own space.
-inline constexpr uint32_t kMostRunBytes = 2048;
 // Below this a run is not worth asking about.
 inline constexpr uint32_t kLeastRunRows = 8;
 // Rows to go by themselves before the next run is looked for; twice as many each time that there was none.
@@ -41,7 +31,7 @@ inline TextRun find_text_run(const bdta3_colstr* slots, const uint8_t* valid, ui
     for (; run.end < nrows; ++run.end) {
         if (valid[run.end] == 0) continue;
         const bdta3_colstr& slot = slots[run.end];
-        if (slot.len > kMostRunBytes - run.len || slot.bytes != run.text + run.len) break;
+        if (slot.len > kMostJoinedBytes - run.len || slot.bytes != run.text + run.len) break;
         run.len += slot.len;
     }
     return run;
@@ -53,14 +43,12 @@ enum class RunOf {
     kCharacters,   // its characters are those of its texts
 };
 
-inline bool host_takes_utf8() { return ini_get_value(0, SERVER_CHARSET) == 1; }
-
 // Whether each text of a run that is not empty begins with a byte that may begin a character of UTF-8.
 inline bool texts_begin_utf8_characters(const bdta3_colstr* slots, const uint8_t* valid, const TextRun& run) {
     bool begins = true;
     for (uint32_t i = run.begin; i < run.end; ++i) {
         // An empty text may stand behind the last byte.
-        if (valid[i] != 0 && slots[i].len != 0) begins &= (static_cast<uint8_t>(slots[i].bytes[0]) & 0xC0) != 0x80;
+        if (valid[i] != 0 && slots[i].len != 0) begins &= begins_utf8_character(*slots[i].bytes);
     }
     return begins;
 }

@@ -1,0 +1,37 @@
+// Texts of several rows that stand one behind the other: what is asked of one text can be asked of all at once, as long as their
+// characters cannot grow together.
+//
+// That is so where every byte is a character of its own. No character spans two rows then, and none of a row's bytes would be
+// part of a longer one in the row alone: it would be part of it in the joined text too.
+//
+// It is so in UTF-8 also where no text begins with a continuation byte, which all bytes of a character but its first are, and no
+// others. No character reaches into the next text then, and a sequence that a text cuts off is malformed in the joined text too.
+#pragma once
+
+#include <cstdint>
+
+#include "bop/frame/call.h"
+#include "bop/frame/memory.h"
+#include "qzbifun/codes.h"
+#include "qzhost/column.h"
+#include "qzhost/parameters.h"
+
+namespace bifun {
+
+// Short enough for the texts to stay in the first cache level, and for a vector to have room for them in its own space.
+inline constexpr uint32_t kMostJoinedBytes = 2048;
+
+inline bool host_takes_utf8() { return ini_get_value(0, SERVER_CHARSET) == 1; }
+
+inline bool begins_utf8_character(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) != 0x80; }
+
+// Room for several texts in the result's own space, which goes with the vector; NULL where there is none. A block that its rows
+// could not give back one by one is given back here.
+inline char* own_space(const Call& call, const bdta3_col* result, uint32_t bytes) {
+    char* const space = bdta3_col_space_alloc(call.env, call.rt_mem, result->data, bytes);
+    if (space == nullptr || bdta3_str_is_in_local(result->data, space) != 0) return space;
+    release_block(call.env, call.rt_mem, space);
+    return nullptr;
+}
+
+}  // namespace bifun
