@@ -1,80 +1,97 @@
 // Text of a bigint.
 //
-// Numbers are short mostly, of any length and either sign, so that a branch for each digit is guessed wrong once a number.
-// Where vector registers can do it, sixteen digits are made at once and shifted to the front.
+// Numbers are short mostly, of any length and either sign, so that a branch for each digit, or for each length, is guessed wrong
+// once a number. Where vector registers can do it, sixteen digits are made at once and shifted to the front, behind those of
+// what is above them.
 #pragma once
 
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cstdint>
+#include <cstring>
 #if defined(__SSE4_1__)
 #include <smmintrin.h>
 #endif
 
 namespace bifun {
 
-class IntegerText {
-  public:
-    explicit IntegerText(int64_t value) {
+inline constexpr uint32_t kIntegerTextBytes = 24;  // 20 are used: -9223372036854775808
+
 #if defined(__SSE4_1__)
-        const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-        if (magnitude < kFifteenDigits) {
-            write(magnitude, value < 0);
-        } else {
-            write(magnitude / kEightDigits, value < 0);  // eleven digits at most
-            append_eight(magnitude % kEightDigits);
-        }
-#else
-        len_ = static_cast<uint32_t>(std::to_chars(bytes_, bytes_ + sizeof bytes_, value).ptr - bytes_);
-#endif
+
+namespace integer_text {
+
+inline constexpr uint64_t kEightDigits = 100'000'000;
+
+// Sixteen digits of a number below 10^16, a byte each, from 0 to 9. Each lane is split in two of half its width: the quotient
+// goes to its lower half, and the remainder to the upper.
+inline __m128i digits_of(uint64_t value) {
+    const uint64_t upper = value / kEightDigits;
+    const __m128i eights = _mm_set_epi64x(static_cast<int64_t>(value - upper * kEightDigits), static_cast<int64_t>(upper));
+    const __m128i upper_fours = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(3518437209)), 45);  // 2^45 / 10^4
+    const __m128i lower_fours = _mm_sub_epi64(eights, _mm_mul_epu32(upper_fours, _mm_set1_epi64x(10000)));
+    const __m128i fours = _mm_or_si128(upper_fours, _mm_slli_epi64(lower_fours, 32));
+    const __m128i upper_pairs = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(5243)), 3);  // 2^19 / 100
+    const __m128i lower_pairs = _mm_sub_epi16(fours, _mm_mullo_epi16(upper_pairs, _mm_set1_epi32(100)));
+    const __m128i pairs = _mm_or_si128(upper_pairs, _mm_slli_epi32(lower_pairs, 16));
+    const __m128i tens = _mm_mulhi_epu16(pairs, _mm_set1_epi16(6554));  // 2^16 / 10
+    // tens + (pairs - tens * 10) * 256
+    return _mm_add_epi16(_mm_slli_epi16(pairs, 8), _mm_mullo_epi16(tens, _mm_set1_epi16(1 - (10 << 8))));
+}
+
+// The text of a number below 1000, empty for 0, and its length in the fourth byte.
+inline constexpr std::array<uint32_t, 1000> kLeading = [] {
+    std::array<uint32_t, 1000> texts{};
+    for (uint32_t value = 1; value < texts.size(); ++value) {
+        uint32_t length = 0;
+        for (uint32_t rest = value; rest != 0; rest /= 10, ++length) texts[value] = texts[value] << 8 | ('0' + rest % 10);
+        texts[value] |= length << 24;
     }
+    return texts;
+}();
 
-    const char* bytes() const { return bytes_; }
-    uint32_t len() const { return len_; }
-
-  private:
-#if defined(__SSE4_1__)
-    static constexpr uint64_t kEightDigits = 100'000'000;
-    static constexpr uint64_t kFifteenDigits = 1'000'000'000'000'000;  // sixteen bytes with a sign
-
-    // Sixteen digits, a byte each, from 0 to 9. Each lane is split in two of half its width, the quotient in the lower and the
-    // remainder in the upper.
-    static __m128i digits_of(uint64_t magnitude) {
-        const auto upper = static_cast<uint32_t>(magnitude / kEightDigits);
-        const auto lower = static_cast<uint32_t>(magnitude % kEightDigits);
-        const __m128i fours = _mm_set_epi32(static_cast<int>(lower % 10000), static_cast<int>(lower / 10000),
-                                            static_cast<int>(upper % 10000), static_cast<int>(upper / 10000));
-        const __m128i hundreds = _mm_srli_epi32(_mm_mulhi_epu16(fours, _mm_set1_epi32(10486)), 4);  // by 100 below 10^4
-        const __m128i belows = _mm_sub_epi16(fours, _mm_mullo_epi16(hundreds, _mm_set1_epi32(100)));
-        const __m128i pairs = _mm_or_si128(hundreds, _mm_slli_epi32(belows, 16));
-        const __m128i tens = _mm_mulhi_epu16(pairs, _mm_set1_epi16(6554));  // by 10 below 100
-        const __m128i ones = _mm_sub_epi16(pairs, _mm_mullo_epi16(tens, _mm_set1_epi16(10)));
-        return _mm_or_si128(tens, _mm_slli_epi16(ones, 8));
-    }
-
-    // Zeros in front are left out, but the last digit stays.
-    void write(uint64_t magnitude, bool negative) {
-        const __m128i digits = digits_of(magnitude);
-        const auto nonzero = ~static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_setzero_si128())));
-        const int zeros = std::countr_zero(nonzero | 1u << 15);
-        const int sign = negative ? 1 : 0;
-        // Byte i is the digit at i + zeros, behind the sign.
-        const __m128i from = _mm_add_epi8(_mm_setr_epi8(0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15),
-                                          _mm_set1_epi8(static_cast<char>(zeros - sign)));
-        const __m128i text = _mm_shuffle_epi8(_mm_or_si128(digits, _mm_set1_epi8('0')), from);
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(bytes_), negative ? _mm_insert_epi8(text, '-', 0) : text);
-        len_ = static_cast<uint32_t>(16 - zeros + sign);
-    }
-
-    void append_eight(uint64_t magnitude) {
-        const __m128i text = _mm_or_si128(digits_of(magnitude), _mm_set1_epi8('0'));
-        _mm_storel_epi64(reinterpret_cast<__m128i*>(bytes_ + len_), _mm_unpackhi_epi64(text, text));
-        len_ += 8;
-    }
-#endif
-
-    char bytes_[24];  // 20 are used: -9223372036854775808
-    uint32_t len_;
+struct Successive {
+    uint8_t from[32];
 };
+
+inline constexpr Successive kSuccessive = [] {
+    Successive numbers{};
+    for (uint8_t i = 0; i < sizeof numbers.from; ++i) numbers.from[i] = i;
+    return numbers;
+}();
+
+}  // namespace integer_text
+
+// Writes a text and answers its length; kIntegerTextBytes at to may be written.
+inline uint32_t write_integer(char* to, int64_t value) {
+    using namespace integer_text;
+    const auto bits = static_cast<uint64_t>(value);
+    const uint64_t negative = bits >> 63;
+    const uint64_t magnitude = (bits ^ (0 - negative)) + negative;
+    const uint64_t above = magnitude / (kEightDigits * kEightDigits);  // at most 922
+    const __m128i digits = digits_of(magnitude - above * kEightDigits * kEightDigits);
+    const uint32_t leading = kLeading[above];
+
+    to[0] = '-';
+    char* const at = to + negative;
+    std::memcpy(at, &leading, sizeof leading);
+    // Zeros in front are left out when nothing stands before them, but the last digit stays.
+    const auto zero = static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(digits, _mm_setzero_si128())));
+    const uint32_t length = leading >> 24;
+    const auto zeros = static_cast<uint32_t>(std::countr_zero(~zero | 1U << 15 | (0 - length) >> 31));
+    const __m128i from = _mm_loadu_si128(reinterpret_cast<const __m128i*>(kSuccessive.from + zeros));
+    const __m128i text = _mm_shuffle_epi8(_mm_or_si128(digits, _mm_set1_epi8('0')), from);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(at + length), text);
+    return static_cast<uint32_t>(negative) + length + 16 - zeros;
+}
+
+#else
+
+inline uint32_t write_integer(char* to, int64_t value) {
+    return static_cast<uint32_t>(std::to_chars(to, to + kIntegerTextBytes, value).ptr - to);
+}
+
+#endif
 
 }  // namespace bifun

@@ -9,6 +9,7 @@
 
 #include "bop/bifun_math/integer_text.h"
 #include "bop/frame/export.h"
+#include "bop/frame/text_block.h"
 #include "qzbifun/math.h"
 #include "qzhost/decimal.h"
 #include "qzhost/number_format.h"
@@ -26,45 +27,72 @@ constexpr Rules kRules{
 // Doubles from here on have no text. Only above zero: what is far below it passes this test.
 constexpr double kDoubleLimit = 1e126;
 
+// 0, or the code of a double that has no text.
+int32_t range_code(double x) {
+    if (std::fabs(x) < kDoubleLimit) return 0;  // nothing that a double may not be
+    return x >= kDoubleLimit ? +EC_DATA_OVERFLOW : ntype_is_double_overflow(x);
+}
+
 Code check_range(Row out, double x, const char* worker) {
-    if (std::fabs(x) < kDoubleLimit) return kOk;  // nothing that a double may not be
-    if (x >= kDoubleLimit) return out.fail(EC_DATA_OVERFLOW, worker);
-    const int32_t code = ntype_is_double_overflow(x);
+    const int32_t code = range_code(x);
     return code < 0 ? out.fail(code, worker) : kOk;
 }
 
 // ---- Without a format -----------------------------------------------------------------------------------------------------
 
-template <class T>
-struct WholeNumberText {
-    static constexpr Rules rules = kRules;
-    static Code row(Row out, T x) {
-        const IntegerText text(x);
-        return out.put_text(text.bytes(), text.len());
+// Writer: of put_texts, and the name that a code is reported under.
+template <class Writer, class T>
+struct PlainText {
+    static constexpr Rules rules = Writer::rules;
+    const Call* call;
+
+    Start prepare(const Call& batch, bdta3_col*) {
+        call = &batch;
+        return Start::rows();
+    }
+    Code row(Row out, const T& x) const {
+        char text[Writer::kBytes];
+        const int32_t len = Writer::write(text, x);
+        return len < 0 ? out.fail(len, Writer::kName) : out.put_text(text, static_cast<uint32_t>(len));
+    }
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const frame::BlockView<T>& x) const {
+        return put_texts<Writer>(*call, out, begin, n, x);
     }
 };
 
-struct DoubleText {
+struct WholeNumberWriter {
     static constexpr Rules rules = kRules;
-    static Code row(Row out, double x) {
-        if (const Code code = check_range(out, x, "bto_char_a_double_to_varchar_process"); code.failed()) return code;
-        char text[QZ_DOU2CHAR_BYTES];
-        const int32_t len = qz_dou2char(x, 1, text);
-        return out.put_text(text, static_cast<uint32_t>(len));
+    static constexpr const char* kName = "";  // no code to report
+    static constexpr uint32_t kBytes = kIntegerTextBytes;
+    static int32_t write(char* to, int64_t x) { return static_cast<int32_t>(write_integer(to, x)); }
+};
+
+struct DoubleWriter {
+    static constexpr Rules rules = kRules;
+    static constexpr const char* kName = "bto_char_a_double_to_varchar_process";
+    static constexpr uint32_t kBytes = QZ_DOU2CHAR_BYTES;
+    static int32_t write(char* to, double x) {
+        const int32_t code = range_code(x);
+        return code < 0 ? code : qz_dou2char(x, 1, to);
     }
 };
 
 // Unlike its kin it clears row 0 when a row fails, and not the row.
-struct DecimalText {
+struct DecimalWriter {
     static constexpr Rules rules{.flag = FlagStore::kBeforeRows, .on_failure = OnFailure::kClearFirst};
-    static Code row(Row out, const xdec& x) {
-        char text[XDEC_TEXT_SIZE];
+    static constexpr const char* kName = "bto_char_a_dec_to_varchar_process";
+    static constexpr uint32_t kBytes = XDEC_TEXT_SIZE;
+    static int32_t write(char* to, const xdec& x) {
         uint32_t len = 0;
-        const int32_t code = xdec_to_char_with_zero(&x, text, sizeof text, 0, 0, &len);
-        if (code < 0) return out.fail(code, "bto_char_a_dec_to_varchar_process");
-        return out.put_text(text, len);
+        const int32_t code = xdec_to_char_with_zero(&x, to, XDEC_TEXT_SIZE, 0, 0, &len);
+        return code < 0 ? code : static_cast<int32_t>(len);
     }
 };
+
+template <class T>
+using WholeNumberText = PlainText<WholeNumberWriter, T>;
+using DoubleText = PlainText<DoubleWriter, double>;
+using DecimalText = PlainText<DecimalWriter, xdec>;
 
 // ---- With a format, and with NLS parameters -------------------------------------------------------------------------------
 

@@ -3,6 +3,10 @@
 #ifndef QZHOST_SRC_DECIMAL_DIGITS_H
 #define QZHOST_SRC_DECIMAL_DIGITS_H
 
+#if defined(__SSE4_1__)
+#include <smmintrin.h>
+#endif
+
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -35,6 +39,17 @@ inline int count_digits(uint64_t value) {
     return approximate + (value >= kPowersOfTen[static_cast<size_t>(approximate)] ? 1 : 0) + (value == 0 ? 1 : 0);
 }
 
+// The highest bit of x, which is not 0. bsr leaves its destination as it is where there is none, so that it waits for what was
+// computed there before; in place, there is nothing else to wait for.
+inline int highest_bit(uint32_t x) {
+#if defined(__LZCNT__) || !defined(__x86_64__)
+    return 31 - std::countl_zero(x);
+#else
+    __asm__("bsrl %0, %0" : "+r"(x) : : "cc");
+    return static_cast<int>(x);
+#endif
+}
+
 inline void write_pair(char* out, uint32_t value) { std::memcpy(out, &kDigitPairs[2 * size_t{value}], 2); }
 
 // The eight decimal digits of value, below 10^8, one in a byte, the first in the lowest. Lanes of 32, 16 and 8 bits are split
@@ -54,6 +69,24 @@ inline void write_8_digits(char* out, uint32_t value) {
     const uint64_t text = eight_digits(value) | kEightZeros;
     std::memcpy(out, &text, sizeof text);
 }
+
+#if defined(__SSE4_1__)
+
+// The sixteen decimal digits of two numbers below 10^8, one in a byte, by the same steps: lanes of 64, 32 and 16 bits.
+inline __m128i sixteen_digits(uint64_t upper_eight, uint64_t lower_eight) {
+    const __m128i eights = _mm_set_epi64x(static_cast<int64_t>(lower_eight), static_cast<int64_t>(upper_eight));
+    const __m128i upper_fours = _mm_srli_epi64(_mm_mul_epu32(eights, _mm_set1_epi64x(3518437209)), 45);  // 2^45 / 10^4
+    const __m128i lower_fours = _mm_sub_epi64(eights, _mm_mul_epu32(upper_fours, _mm_set1_epi64x(10000)));
+    const __m128i fours = _mm_or_si128(upper_fours, _mm_slli_epi64(lower_fours, 32));
+    const __m128i upper_pairs = _mm_srli_epi16(_mm_mulhi_epu16(fours, _mm_set1_epi32(5243)), 3);  // 2^19 / 100
+    const __m128i lower_pairs = _mm_sub_epi16(fours, _mm_mullo_epi16(upper_pairs, _mm_set1_epi32(100)));
+    const __m128i pairs = _mm_or_si128(upper_pairs, _mm_slli_epi32(lower_pairs, 16));
+    const __m128i tens = _mm_mulhi_epu16(pairs, _mm_set1_epi16(6554));  // 2^16 / 10
+    // tens + (pairs - tens * 10) * 256
+    return _mm_add_epi16(_mm_slli_epi16(pairs, 8), _mm_mullo_epi16(tens, _mm_set1_epi16(1 - (10 << 8))));
+}
+
+#endif
 
 // Whether the eight bytes of a text are digits: the upper half of each is 3, and still is when 6 is added.
 inline bool are_8_digits(uint64_t text) {

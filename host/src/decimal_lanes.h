@@ -18,6 +18,7 @@
 #include <bit>
 #include <cstdint>
 
+#include "host/src/decimal_digits.h"
 #include "host/src/decimal_form.h"
 
 namespace qzhost::lanes {
@@ -43,17 +44,6 @@ inline Lanes pick(Lanes low, Lanes high, Lanes index) {
 
 // Without a branch, where the choice follows no pattern; compilers make one of ?: at times.
 inline uint64_t choose(bool first, uint64_t a, uint64_t b) { return b ^ ((a ^ b) & (0 - uint64_t{first})); }
-
-// The highest bit of x, which is not 0. bsr leaves its destination as it is where there is none, so that it waits for what was
-// computed there before; in place, there is nothing else to wait for.
-inline int32_t highest_bit(uint32_t x) {
-#if defined(__LZCNT__)
-    return 31 - std::countl_zero(x);
-#else
-    __asm__("bsrl %0, %0" : "+r"(x) : : "cc");
-    return static_cast<int32_t>(x);
-#endif
-}
 
 // ---- Records ----------------------------------------------------------------------------------------------------------------
 

@@ -100,16 +100,79 @@ char* write_decimal(char* out, ShortestDecimal decimal) {
     return out + digits.count + 1;
 }
 
+#if defined(__SSE4_1__)
+
+// Where the characters of a text without an exponent come from: for each of its first 32 bytes the place of a digit, or none
+// and a character that stands there whatever the number. Text and place of the point are as long as they are: a digit beyond
+// the last is written too, and cut off by the length.
+struct FixedLayout {
+    uint8_t front_digit[16];  // of digits 0 to 15
+    uint8_t front_other[16];
+    uint8_t back_digit[16];  // of digits 1 to 16
+    uint8_t back_other[16];
+};
+
+constexpr int kLayouts = kHighestFixedExponent - kLowestFixedExponent + 1;
+
+alignas(64) constexpr std::array<std::array<FixedLayout, 2>, kLayouts> kFixedLayouts = [] {
+    std::array<std::array<FixedLayout, 2>, kLayouts> layouts{};
+    constexpr uint8_t kNone = 0x80;
+    for (int i = 0; i < kLayouts; ++i) {
+        const int exponent = i + kLowestFixedExponent;
+        const int zeros = exponent < 0 ? -exponent : 0;  // in front of the first digit
+        for (int negative = 0; negative < 2; ++negative) {
+            FixedLayout& layout = layouts[static_cast<size_t>(i)][static_cast<size_t>(negative)];
+            for (int at = 0; at < 32; ++at) {
+                const int place = at - negative;  // behind the sign
+                const int point = exponent < 0 ? 1 : exponent + 1;
+                const int digit = place - zeros - (place > point ? 1 : 0);
+                const bool other = place < 0 || place == point || digit < 0 || digit >= kMaxDigits;
+                const int character = place < 0 ? '-' : place == point ? '.' : digit < 0 ? '0' : 0;
+                const size_t lane = static_cast<size_t>(at) % 16;
+                (at < 16 ? layout.front_digit : layout.back_digit)[lane] =
+                    other ? kNone : static_cast<uint8_t>(at < 16 ? digit : digit - 1);
+                (at < 16 ? layout.front_other : layout.back_other)[lane] = static_cast<uint8_t>(other ? character : 0);
+            }
+        }
+    }
+    return layouts;
+}();
+
+__m128i load_lanes(const uint8_t* at) { return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at)); }
+
+// Writes a number of 17 digits; exponent is that of the first one. Neither the sign, nor the place of the point, nor the count of
+// digits is branched on. 32 bytes are written.
+char* write_fixed(char* out, bool negative, uint64_t aligned, int exponent) {
+    const uint64_t upper = aligned / kTenToThe8;
+    const uint64_t first = upper / kTenToThe8;
+    const __m128i rest = sixteen_digits(upper - first * kTenToThe8, aligned - upper * kTenToThe8);
+    const __m128i front = _mm_or_si128(_mm_slli_si128(rest, 1), _mm_cvtsi64_si128(static_cast<int64_t>(first)));
+    const auto zero = static_cast<uint32_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(rest, _mm_setzero_si128())));
+    const int count = highest_bit((~zero & 0xFFFF) << 1 | 1) + 1;  // up to the last that is not 0
+
+    const FixedLayout& layout = kFixedLayouts[static_cast<size_t>(exponent - kLowestFixedExponent)][negative];
+    const __m128i ascii = _mm_set1_epi8('0');
+    const __m128i head = _mm_or_si128(_mm_shuffle_epi8(_mm_or_si128(front, ascii), load_lanes(layout.front_digit)),
+                                      load_lanes(layout.front_other));
+    const __m128i tail =
+        _mm_or_si128(_mm_shuffle_epi8(_mm_or_si128(rest, ascii), load_lanes(layout.back_digit)), load_lanes(layout.back_other));
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), head);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out + 16), tail);
+    const int integer_digits = exponent + 1;
+    const int zeros = std::max(0, -exponent);
+    return out + negative + (count > integer_digits ? count + zeros + 1 : integer_digits);
+}
+
+#endif
+
 char* write_word(char* out, const char* word) { return std::copy(word, word + std::strlen(word), out); }
 
-char* write_double(char* out, double value) {
-    const auto bits = std::bit_cast<uint64_t>(value);
-    const uint64_t mantissa = bits & kMantissaMask;
-    const uint64_t exponent = bits >> kMantissaBits & kExponentMask;
+// A double that is no usual one.
+[[gnu::noinline]] char* write_any(char* out, bool negative, uint64_t mantissa, uint64_t exponent) {
     if (exponent == kExponentMask && mantissa != 0) {
         return write_word(out, "NaN");
     }
-    if (bits >> 63 != 0) {
+    if (negative) {
         *out++ = '-';
     }
     if (exponent == kExponentMask) {
@@ -119,9 +182,27 @@ char* write_double(char* out, double value) {
         *out = '0';
         return out + 1;
     }
-    const bool normal = exponent != 0;
-    return write_decimal(out,
-                         normal ? shortest_decimal(mantissa, static_cast<int>(exponent)) : exact_shortest_decimal(mantissa, 0));
+    return write_decimal(out, exact_shortest_decimal(mantissa, static_cast<int>(exponent)));
+}
+
+char* write_double(char* out, double value) {
+    const auto bits = std::bit_cast<uint64_t>(value);
+    const bool negative = bits >> 63 != 0;
+    const uint64_t mantissa = bits & kMantissaMask;
+    const uint64_t exponent = bits >> kMantissaBits & kExponentMask;
+    if (exponent - 1 >= kExponentMask - 1) [[unlikely]] {
+        return write_any(out, negative, mantissa, exponent);
+    }
+    const ShortestDecimal decimal = shortest_decimal(mantissa, static_cast<int>(exponent));
+#if defined(__SSE4_1__)
+    const uint64_t is_short = (decimal.digits - kTenToThe16) >> 63;  // of 16 digits: as often as not
+    const int first_exponent = decimal.exponent + kMaxDigits - 1 - static_cast<int>(is_short);
+    if (first_exponent >= kLowestFixedExponent && first_exponent <= kHighestFixedExponent) [[likely]] {
+        return write_fixed(out, negative, decimal.digits * (1 + 9 * is_short), first_exponent);
+    }
+#endif
+    *out = '-';
+    return write_decimal(out + negative, decimal);
 }
 
 // ---- Text to double ---------------------------------------------------------------------------------------------------------

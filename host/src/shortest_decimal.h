@@ -29,10 +29,10 @@ constexpr int floor_log2_of_power_of_ten(int e) { return (e * 1741647) >> 19; } 
 // mantissa and exponent are the fields of a finite double that is not zero. The digits may end in zeros.
 ShortestDecimal exact_shortest_decimal(uint64_t mantissa, int exponent);
 
-// The same of a normal double.
+// The same of a normal double, in 16 or 17 digits.
 inline ShortestDecimal shortest_decimal(uint64_t mantissa, int exponent) {
     constexpr uint64_t kHalf = uint64_t{1} << 63;
-    const uint64_t narrow_below = mantissa == 0;  // a power of two: the lower neighbour is half as far as the upper
+    const uint64_t narrow_below = (mantissa - 1) >> 63;  // a power of two: the lower neighbour is half as far as the upper
     const uint64_t m = mantissa | uint64_t{1} << kDoubleMantissaBits;
     const int q = exponent - kDoubleExponentBias;
     const int tens = ((q * 1262611) >> 22) + 1;  // of ten units: 10^tens is above 2^q, and at most ten times as much
@@ -55,7 +55,8 @@ inline ShortestDecimal shortest_decimal(uint64_t mantissa, int exponent) {
     const bool unsure =
         (fraction - below_gap + 2 <= 4) | (above + 4 <= 8) | (behind_unit - kHalf + 16 <= 32) | (narrow_below > inside);
     if (unsure) [[unlikely]] {
-        return exact_shortest_decimal(mantissa, exponent);
+        const ShortestDecimal exact = exact_shortest_decimal(mantissa, exponent);
+        return exact.exponent == tens ? ShortestDecimal{exact.digits * 10, tens - 1} : exact;
     }
     const uint64_t unit = static_cast<uint64_t>(units >> 64) + (behind_unit >> 63);
     return {(whole + above_inside) * 10 + (unit & (inside - 1)), tens - 1};

@@ -6,6 +6,7 @@
 #include <limits>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
@@ -56,6 +57,34 @@ TEST(ToChar, WholeNumbersAreThoseOfTheCppLibrary) {
     EXPECT_EQ(integer.run([](int32_t x) { return Text{std::to_string(x), 0}; }), "");
 }
 
+// Sixteen digits are made at once, and what is above them by themselves: both around every power of ten.
+TEST(ToChar, WholeNumbersAtEveryLength) {
+    std::vector<int64_t> numbers = {0, std::numeric_limits<int64_t>::max(), std::numeric_limits<int64_t>::min()};
+    int64_t power = 1;
+    for (int digits = 1; digits <= 19; ++digits) {
+        for (int64_t first = 1; first <= 9; ++first) {
+            for (int64_t more = -2; more <= 2; ++more) {
+                const int64_t number = first * power + more;
+                numbers.insert(numbers.end(), {number, -number});
+            }
+        }
+        if (digits < 19) power *= 10;
+    }
+    for (int64_t above = 1; above <= 922; ++above) {
+        for (const int64_t below : {int64_t{0}, int64_t{7}, int64_t{3'372'036'854'775'807}}) {
+            const int64_t number = above * 10'000'000'000'000'000 + below;
+            numbers.insert(numbers.end(), {number, -number});
+        }
+    }
+    Host host;
+    const auto rows = static_cast<uint32_t>(numbers.size());
+    Vector x(host, support::type_of<int64_t>(), rows);
+    for (uint32_t i = 0; i < rows; ++i) x.set(i, support::to_cell(numbers[i]), 1);
+    const Vector result = Vector::result<Text>(host, rows);
+    ASSERT_EQ(bto_char_a_int64_to_varchar(host.env(), host.mem(), x.col(), result.col(), rows), 0);
+    for (uint32_t i = 0; i < rows; ++i) ASSERT_EQ(result.get<Text>(i).bytes, std::to_string(numbers[i]));
+}
+
 // Digits behind a thousand and a sign, by hand.
 std::string grouped(int64_t x) {
     std::string text = std::to_string(x);
@@ -95,6 +124,31 @@ TEST(ToChar, DoublesReadBackAsTheSameDouble) {
         const double back = std::strtod(text.c_str(), nullptr);
         ASSERT_TRUE(std::isnan(x) ? std::isnan(back) : back == x && std::signbit(back) == std::signbit(x))
             << text << " seed " << seed;
+    }
+}
+
+// Rows are written in blocks: wherever the one stands that has no text, those below have theirs and those above nothing.
+TEST(ToChar, ADoubleWithoutATextLeavesTheRowsAboveItAlone) {
+    constexpr uint32_t kManyRows = 1200;
+    const double long_one = -2.2250738585072014e-308;  // 24 bytes: fewer than a hundred to a block of texts
+    for (const uint32_t failing : {0u, 1u, 80u, 85u, 86u, 300u, 511u, 512u, 513u, 1023u, 1199u}) {
+        SCOPED_TRACE(failing);
+        Host host;
+        Vector x(host, support::type_of<double>(), kManyRows);
+        for (uint32_t i = 0; i < kManyRows; ++i) x.set(i, support::to_cell(long_one), i % 7 != 3 || i == failing);
+        x.set(failing, support::to_cell(2e126), 1);
+        const Vector result = Vector::result<Text>(host, kManyRows);
+        ASSERT_EQ(bto_char_a_double_to_varchar(host.env(), host.mem(), x.col(), result.col(), kManyRows), EC_DATA_OVERFLOW);
+        ASSERT_EQ(print(host.errors()), "-6102 bto_char_a_double_to_varchar_process");
+        for (uint32_t i = 0; i < failing; ++i) {
+            const bool present = i % 7 != 3;
+            ASSERT_EQ(result.valid(i), present) << i;
+            if (present) {
+                ASSERT_EQ(result.get<Text>(i).bytes, "-2.2250738585072014E-308") << i;
+            }
+        }
+        ASSERT_EQ(result.valid(failing), 0);
+        for (uint32_t i = failing + 1; i < kManyRows; ++i) ASSERT_TRUE(result.valid_untouched(i)) << i;
     }
 }
 
