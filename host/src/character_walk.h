@@ -197,6 +197,11 @@ inline Passed pass_utf8(const uint8_t* p, size_t len, size_t n) {
 // Passes up to n characters of p[0..len).
 template <class Set>
 inline Passed pass_characters(const uint8_t* p, size_t len, size_t n) {
+#ifdef QZHOST_MASKED_LOADS
+    if (std::is_same_v<Set, Utf8> && has_masked_loads()) {
+        if (const size_t told = pass_utf8_masked(p, len, n); told != kNotTold) return {told, told};
+    }
+#endif
 #ifdef QZHOST_VECTOR_BYTES
     if constexpr (std::is_same_v<Set, Utf8>) return pass_utf8(p, len, n);
 #endif

@@ -12,9 +12,37 @@ using namespace qzhost;
 
 // ---- Counting ---------------------------------------------------------------------------------------------------------------
 
-uint32_t qz_mbstrlen_ex(const char* text, uint32_t len) {
+namespace {
+
+// The services that rows of short texts live on choose first, then look at the planes of a short text. What those do not tell
+// stands apart, so that it costs short texts no register.
+[[gnu::noinline]] uint32_t count_by_charset(const char* text, uint32_t len) {
     return with_server_charset(
         [&]<class Set>(Set) { return static_cast<uint32_t>(count_characters<Set>(bytes_of(text), len)); });
+}
+
+#ifdef QZHOST_MASKED_LOADS
+bool is_server_utf8_with_masked_loads() { return has_masked_loads() && is_server_utf8(); }
+
+QZHOST_MASKED [[gnu::noinline]] uint32_t count_doubtful(const char* text, uint32_t len) {
+    const size_t told = count_doubtful_utf8(bytes_of(text), len);
+    return static_cast<uint32_t>(told != kNotTold ? told : count_utf8_by_blocks(bytes_of(text), len));
+}
+
+QZHOST_MASKED uint32_t count_by_planes(const char* text, uint32_t len) {
+    const size_t told = count_short_utf8(bytes_of(text), len);
+    return told != kNotTold ? static_cast<uint32_t>(told) : count_doubtful(text, len);
+}
+#endif
+
+}  // namespace
+
+uint32_t qz_mbstrlen_ex(const char* text, uint32_t len) {
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) [[likely]]
+        return count_by_planes(text, len);
+#endif
+    return count_by_charset(text, len);
 }
 
 namespace {
@@ -66,8 +94,17 @@ uint32_t fill_positions_of_well_formed(const uint8_t* p, uint32_t len, int32_t* 
 
 #endif
 
+#ifdef QZHOST_MASKED_LOADS
+// kNotTold as count_utf8_masked has it.
+QZHOST_MASKED size_t fill_positions_by_planes(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+    const size_t count = count_utf8_masked(p, len);
+    if (count != kNotTold) fill_starts_masked(p, len, positions, multibyte);
+    return count;
+}
+#endif
+
 template <class Set>
-uint32_t fill_positions(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+uint32_t fill_positions_by_blocks(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
     uint32_t count = 0;
 #ifdef QZHOST_VECTOR_BYTES
     if (std::is_same_v<Set, Utf8> && count_utf8(p, len).well_formed) {
@@ -78,8 +115,18 @@ uint32_t fill_positions(const uint8_t* p, uint32_t len, int32_t* positions, uint
 #else
     count = fill_positions_by_step<Set>(p, len, positions, multibyte);
 #endif
-    if (count < len) positions[count] = INT32_MAX;
     return count;
+}
+
+template <class Set>
+uint32_t fill_positions(const uint8_t* p, uint32_t len, int32_t* positions, uint32_t& multibyte) {
+    size_t count = SIZE_MAX;
+#ifdef QZHOST_MASKED_LOADS
+    if (std::is_same_v<Set, Utf8> && has_masked_loads()) count = fill_positions_by_planes(p, len, positions, multibyte);
+#endif
+    if (count == SIZE_MAX) count = fill_positions_by_blocks<Set>(p, len, positions, multibyte);
+    if (count < len) positions[count] = INT32_MAX;
+    return static_cast<uint32_t>(count);
 }
 
 }  // namespace
@@ -110,6 +157,9 @@ bool has_multibyte(const uint8_t* p, size_t n) {
 }  // namespace
 
 int32_t qz_translate_from_str_has_mb(const char* text, uint32_t len) {
+#ifdef QZHOST_MASKED_LOADS
+    if (has_masked_loads() && is_ascii_masked(bytes_of(text), len)) return 0;
+#endif
     return with_server_charset([&]<class Set>(Set) { return has_multibyte<Set>(bytes_of(text), len); });
 }
 
@@ -177,35 +227,80 @@ std::optional<uint32_t> bytes_of_few(const uint8_t* p, uint32_t len, uint32_t n)
     return i;
 }
 
+template <class Set>
+const char* pass_sound_characters(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
+    if (n <= kFewCharacters) {
+        const std::optional<uint32_t> passed = bytes_of_few<Set>(bytes_of(text), len, n);
+        *out_rest = passed ? len - *passed : 0;
+        return passed ? text + *passed : nullptr;
+    }
+    const auto [passed, checked] = pass_characters<Set>(bytes_of(text), len, n);
+    const bool sound = is_well_formed<Set>(bytes_of(text) + checked, passed - checked);
+    *out_rest = sound ? len - static_cast<uint32_t>(passed) : 0;
+    return sound ? text + passed : nullptr;
+}
+
+[[gnu::noinline]] const char* pass_sound_by_charset(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
+    return with_server_charset([&]<class Set>(Set) { return pass_sound_characters<Set>(text, len, n, out_rest); });
+}
+
+[[gnu::noinline]] uint32_t pass_by_charset(const char* text, uint32_t len, uint32_t n) {
+    return with_server_charset(
+        [&]<class Set>(Set) { return static_cast<uint32_t>(pass_characters<Set>(bytes_of(text), len, n).bytes); });
+}
+
+#ifdef QZHOST_MASKED_LOADS
+QZHOST_MASKED [[gnu::noinline]] const char* pass_sound_doubtful(const char* text, uint32_t len, uint32_t n,
+                                                                uint32_t* out_rest) {
+    const size_t passed = pass_doubtful_utf8(bytes_of(text), len, n);
+    if (passed == kNotTold) return pass_sound_characters<Utf8>(text, len, n, out_rest);
+    *out_rest = len - static_cast<uint32_t>(passed);
+    return text + passed;
+}
+
+QZHOST_MASKED const char* pass_sound_by_planes(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
+    const size_t passed = pass_short_utf8(bytes_of(text), len, n);
+    if (passed == kNotTold) [[unlikely]]
+        return pass_sound_doubtful(text, len, n, out_rest);
+    *out_rest = len - static_cast<uint32_t>(passed);
+    return text + passed;
+}
+
+QZHOST_MASKED [[gnu::noinline]] uint32_t pass_doubtful(const char* text, uint32_t len, uint32_t n) {
+    const size_t passed = pass_doubtful_utf8(bytes_of(text), len, n);
+    return static_cast<uint32_t>(passed != kNotTold ? passed : pass_utf8(bytes_of(text), len, n).bytes);
+}
+
+QZHOST_MASKED uint32_t pass_by_planes(const char* text, uint32_t len, uint32_t n) {
+    const size_t passed = pass_short_utf8(bytes_of(text), len, n);
+    return passed != kNotTold ? static_cast<uint32_t>(passed) : pass_doubtful(text, len, n);
+}
+#endif
+
 }  // namespace
 
 const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest) {
-    return with_server_charset([&]<class Set>(Set) -> const char* {
-        if (n <= kFewCharacters) {
-            const std::optional<uint32_t> passed = bytes_of_few<Set>(bytes_of(text), len, n);
-            *out_rest = passed ? len - *passed : 0;
-            return passed ? text + *passed : nullptr;
-        }
-        const auto [passed, checked] = pass_characters<Set>(bytes_of(text), len, n);
-        const bool sound = is_well_formed<Set>(bytes_of(text) + checked, passed - checked);
-        *out_rest = sound ? len - static_cast<uint32_t>(passed) : 0;
-        return sound ? text + passed : nullptr;
-    });
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) [[likely]]
+        return pass_sound_by_planes(text, len, n, out_rest);
+#endif
+    return pass_sound_by_charset(text, len, n, out_rest);
 }
 
 const char* qz_mbsninc_count_ex(const char* text, uint32_t len, uint32_t n, uint32_t m, uint32_t* out_bytes) {
-    return with_server_charset([&]<class Set>(Set) {
-        const size_t passed = pass_characters<Set>(bytes_of(text), len, n).bytes;
-        *out_bytes = static_cast<uint32_t>(pass_characters<Set>(bytes_of(text) + passed, len - passed, m).bytes);
-        return text + passed;
-    });
+    const uint32_t passed = qz_mbget_bytelen(text, len, n);
+    *out_bytes = qz_mbget_bytelen(text + passed, len - passed, m);
+    return text + passed;
 }
 
 // ---- Measuring --------------------------------------------------------------------------------------------------------------
 
 uint32_t qz_mbget_bytelen(const char* text, uint32_t len, uint32_t n) {
-    return with_server_charset(
-        [&]<class Set>(Set) { return static_cast<uint32_t>(pass_characters<Set>(bytes_of(text), len, n).bytes); });
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) [[likely]]
+        return pass_by_planes(text, len, n);
+#endif
+    return pass_by_charset(text, len, n);
 }
 
 uint32_t qz_mbget_byte_offset(const char* text, uint32_t len, uint32_t n) {
@@ -238,18 +333,40 @@ uint32_t qz_mb_char_get_len_ex(const char* text, uint32_t bytes_left) {
     });
 }
 
-int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* out_next) {
+namespace {
+
+[[gnu::noinline]] int32_t char_start_by_charset(const char* text, uint32_t len, uint32_t index, uint32_t* out_next) {
     return with_server_charset([&]<class Set>(Set) -> int32_t {
         const uint8_t* p = bytes_of(text);
-        if (index >= len) {
-            *out_next = len;
-            return 0;
-        }
         const size_t start = start_of_character<Set>(p, len, index, 0);
-        if (start == index) return 1;
-        *out_next = static_cast<uint32_t>(start + step<Set>(p + start, len - start));
-        return 0;
+        const bool is_start = start == index;
+        *out_next = static_cast<uint32_t>(is_start ? start : start + step<Set>(p + start, len - start));
+        return is_start;
     });
+}
+
+#ifdef QZHOST_MASKED_LOADS
+QZHOST_MASKED int32_t char_start_by_planes(const char* text, uint32_t len, uint32_t index, uint32_t* out_next) {
+    const size_t next = next_start_of_short_utf8(bytes_of(text), len, index);
+    if (next == kNotTold) [[unlikely]]
+        return char_start_by_charset(text, len, index, out_next);
+    *out_next = static_cast<uint32_t>(next);
+    return next == index;
+}
+#endif
+
+}  // namespace
+
+int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* out_next) {
+    if (index >= len) {
+        *out_next = len;
+        return 0;
+    }
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) [[likely]]
+        return char_start_by_planes(text, len, index, out_next);
+#endif
+    return char_start_by_charset(text, len, index, out_next);
 }
 
 // ---- Comparing --------------------------------------------------------------------------------------------------------------

@@ -15,9 +15,11 @@ namespace {
 
 #ifdef NDEBUG
 constexpr int kRandomTexts = 60000;
+constexpr int kRoundsOfLength = 24;
 constexpr uint32_t kFourByteStride = 7;
 #else
 constexpr int kRandomTexts = 2000;
+constexpr int kRoundsOfLength = 3;
 constexpr uint32_t kFourByteStride = 211;
 #endif
 
@@ -173,7 +175,7 @@ struct Cut {
     uint32_t tail;                 // bytes at the end that begin a character and do not complete it
 
     uint32_t count() const { return static_cast<uint32_t>(pieces.size()); }
-    uint32_t start(uint32_t n) const { return starts[std::min(n, count())]; }
+    uint32_t start(uint64_t n) const { return starts[std::min<uint64_t>(n, count())]; }
 };
 
 bool can_be_completed(Converter& converter, const std::string& bytes, uint32_t charset) {
@@ -205,7 +207,52 @@ Cut cut_text(Converter& converter, const std::string& text, uint32_t charset) {
     return cut;
 }
 
-TEST_P(CharactersTest, ServicesAgreeWithTheTextCutByIcu) {
+class PassingTest : public CharactersTest {
+  protected:
+    // Passing n characters, and m more.
+    void check(const char* at, uint32_t len, const Cut& cut, uint32_t n, uint32_t m) {
+        SCOPED_TRACE(n);
+        ASSERT_EQ(qz_mbget_bytelen(at, len, n), cut.start(n));
+        ASSERT_EQ(qz_mbget_byte_offset(at, len, n), n < cut.count() ? cut.start(n) : QZ_MB_NONE);
+        uint32_t bytes = 99;
+        ASSERT_EQ(qz_mbsninc_count_ex(at, len, n, m, &bytes), at + cut.start(n));
+        ASSERT_EQ(bytes, cut.start(uint64_t{n} + m) - cut.start(n)) << m;
+        bool sound = true;
+        for (uint32_t i = 0; i < std::min(n, cut.count()); ++i) sound &= converter_.is_well_formed(cut.pieces[i]);
+        uint32_t rest = 99;
+        ASSERT_EQ(qz_mbsninc_ex(at, len, n, &rest), sound ? at + cut.start(n) : nullptr);
+        ASSERT_EQ(rest, sound ? len - cut.start(n) : 0);
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Charsets, PassingTest, testing::ValuesIn(kCharsets), name_of_charset);
+
+// Around the length that a word has bits for, and far above it.
+TEST_P(PassingTest, EveryNumberOfCharactersOfTextsOfEveryLength) {
+    const uint32_t seed = support::test_seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomTexts texts(GetParam(), converter_, seed);
+    support::TextAtPageEnd guard(4096);
+    for (uint32_t length = 0; length < 140; ++length) {
+        for (int round = 0; round < kRoundsOfLength; ++round) {
+            std::string text;
+            while (text.size() < length) text += texts.next(length);
+            // Of many a last character lacks bytes.
+            text.resize(length);
+            SCOPED_TRACE(hex(text));
+            const Cut cut = cut_text(converter_, text, GetParam().number);
+            const char* at = guard.place(text);
+            for (uint32_t n = 0; n <= cut.count() + 1; ++n) {
+                check(at, length, cut, n, texts.below(cut.count() + 2));
+                if (HasFatalFailure()) return;
+            }
+            for (const uint32_t n : {63u, 64u, 65u, 127u, 1u << 31, UINT32_MAX}) check(at, length, cut, n, 1);
+            if (HasFatalFailure()) return;
+        }
+    }
+}
+
+TEST_P(PassingTest, ServicesAgreeWithTheTextCutByIcu) {
     const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomTexts texts(GetParam(), converter_, seed);
@@ -243,17 +290,8 @@ TEST_P(CharactersTest, ServicesAgreeWithTheTextCutByIcu) {
         ASSERT_EQ(second, cut.count() > 1 ? at + cut.starts[1] : nullptr);
 
         const uint32_t n = texts.below(cut.count() + 3);
-        const uint32_t m = texts.below(cut.count() + 3);
-        ASSERT_EQ(qz_mbget_bytelen(at, len, n), cut.start(n));
-        ASSERT_EQ(qz_mbget_byte_offset(at, len, n), n < cut.count() ? cut.start(n) : QZ_MB_NONE);
-        uint32_t bytes = 99;
-        ASSERT_EQ(qz_mbsninc_count_ex(at, len, n, m, &bytes), at + cut.start(n));
-        ASSERT_EQ(bytes, cut.start(n + m) - cut.start(n));
-        bool sound = true;
-        for (uint32_t i = 0; i < std::min(n, cut.count()); ++i) sound &= converter_.is_well_formed(cut.pieces[i]);
-        uint32_t rest = 99;
-        ASSERT_EQ(qz_mbsninc_ex(at, len, n, &rest), sound ? at + cut.start(n) : nullptr);
-        ASSERT_EQ(rest, sound ? len - cut.start(n) : 0);
+        check(at, len, cut, n, texts.below(cut.count() + 3));
+        if (HasFatalFailure()) return;
 
         for (uint32_t i = 0; i < cut.count(); ++i) {
             const uint32_t left = len - cut.starts[i];
@@ -275,9 +313,7 @@ TEST_P(CharactersTest, ServicesAgreeWithTheTextCutByIcu) {
             const auto found = std::lower_bound(cut.starts.begin(), cut.starts.end(), i);
             const bool is_start = i < len && *found == i;
             ASSERT_EQ(qz_char_start(at, len, i, &next) != 0, is_start) << i;
-            if (!is_start) {
-                ASSERT_EQ(next, *found) << i;
-            }
+            ASSERT_EQ(next, *found) << i;
         }
     }
 }

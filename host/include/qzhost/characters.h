@@ -81,8 +81,8 @@ uint32_t qz_mb_char_get_len(const char* text);
  * left or the bytes left begin a character and do not complete it. */
 uint32_t qz_mb_char_get_len_ex(const char* text, uint32_t bytes_left);
 
-/* Nonzero when a character starts at byte index (from 0). Otherwise 0, and out_next receives the index of the next start, or
- * len when there is none. out_next is written in the second case only. */
+/* Nonzero when a character starts at byte index (from 0). out_next receives the first start at or behind it: in this case index
+ * itself; len when there is none. */
 int32_t qz_char_start(const char* text, uint32_t len, uint32_t index, uint32_t* out_next);
 
 /* ---- Changing in place --------------------------------------------------------------------------------------------------- */
