@@ -370,7 +370,7 @@ struct FromStart {
         return code.failed() ? Start::stop(code) : Start::rows();
     }
 
-    Code row(Row out, Text text, Text, int32_t, int32_t) const {
+    Code row(Row out, Text text, Text, int32_t, int32_t) {
         const bool hopeless = Unit::kBytes ? is_empty(text) : total_bytes(text) < total_bytes(task_.pattern);
         if (hopeless) return store(out, 0);
         int32_t position = 0;
@@ -421,7 +421,7 @@ struct FromStart {
         return ctx_.prepare_boyer_moore(*call_, blanks, pattern.blank);
     }
 
-    [[gnu::noinline]] Code scan_folded(const Text& text, int32_t& position) const {
+    [[gnu::noinline]] Code scan_folded(const Text& text, int32_t& position) {
         FoldedCopy<kTextBuffer> folded;
         if (const Code code = folded.make(*call_, text, qz_mbslower_ex); code.failed()) return code;
         return scan_forwards<Unit>(*call_, task_, folded.text(), position);

@@ -94,8 +94,8 @@ BIFUN_EXPORT int32_t ifun_instr_low(qz_env* env, rt_memobj* rt_mem, char* text, 
     if (const Code code = pass_characters(searched.text, first - 1, rest); code.failed()) return code.value;
     const uint32_t place = find(rest, searched, wanted, occurrence);
     if (place == 0) return 0;
-    const int64_t before = count_characters(rest.bytes, place - 1);
-    const int64_t behind_first = count_characters(rest.bytes, rest.len);
+    const int64_t before = qz_mbstrlen_ex(rest.bytes, place - 1);
+    const int64_t behind_first = qz_mbstrlen_ex(rest.bytes, rest.len);
     *out_pos = static_cast<int32_t>(start >= 0 ? start + before : 1 - int64_t{wanted.count} - before + behind_first);
     *out_byte_pos = static_cast<int32_t>(place);
     return 0;

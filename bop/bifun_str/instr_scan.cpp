@@ -41,51 +41,46 @@ uint32_t length_by_lead(const char* text, uint32_t len) {
     return qz_mb_char_get_len(alone);
 }
 
-// Up to so many characters are passed one by one.
-constexpr uint32_t kFewCharacters = 16;
-
 Rest walk_by_lead(Rest rest, uint32_t count) {
     for (; count > 0 && rest.len != 0; --count) {
-        const bool is_ascii = static_cast<signed char>(*rest.bytes) >= 0;
-        const uint32_t length = is_ascii ? 1 : std::min(length_by_lead(rest.bytes, rest.len), rest.len);
+        const uint32_t length = std::min(length_by_lead(rest.bytes, rest.len), rest.len);
         rest = {rest.bytes + length, rest.len - length};
     }
     return rest;
 }
 
-// What is left behind n characters, counted by their lead bytes; nothing when the text has fewer.
-Rest pass_by_lead(const Text& text, int32_t n) {
+// What is left behind n characters, counted by their lead bytes; nothing when the text has fewer. Of well-formed characters the
+// lead byte tells all.
+Rest pass_by_lead(AsciiBegins& ascii, const Text& text, int32_t n) {
     if (n <= 0) return {text.bytes, text.len};
     const uint32_t count = static_cast<uint32_t>(n);
-    if (count <= kFewCharacters) return walk_by_lead({text.bytes, text.len}, count);
-    const uint32_t ascii = ascii_bytes(text.bytes, std::min(count, text.len));
-    const Rest rest{text.bytes + ascii, text.len - ascii};
-    if (ascii == count || rest.len == 0) return rest;
-    // Of well-formed characters the lead byte tells all.
+    if (ascii.hold(text, count)) return {text.bytes + count, text.len - count};
     uint32_t left = 0;
-    if (const char* const behind = qz_mbsninc_ex(rest.bytes, rest.len, count - ascii, &left)) return {behind, left};
-    return walk_by_lead(rest, count - ascii);
+    if (const char* const behind = qz_mbsninc_ex(text.bytes, text.len, count, &left)) return {behind, left};
+    return walk_by_lead({text.bytes, text.len}, count);
 }
 
 // Where characters cannot match, because there are fewer of them or none of several bytes. A well-formed pattern needs no look:
 // where its bytes begin a character, all its characters are.
 bool lacks_characters(const InstrTask& task, const Text& text) {
     if (task.is_well_formed) return false;
-    const uint32_t characters = count_characters(text.bytes, text.len);
+    const uint32_t characters = qz_mbstrlen_ex(text.bytes, text.len);
     const bool has_multibyte = task.ctx->pattern_bytes > task.ctx->pattern_chars;
     return characters < task.ctx->pattern_chars || (has_multibyte && characters == text.len);
 }
 
-int32_t instr_scan_plain(const InstrTask& task, const Text& text) {
+int32_t instr_scan_plain(InstrTask& task, const Text& text) {
     const int16_t start = static_cast<int16_t>(task.start);
-    const Rest rest = pass_by_lead(text, start - 1);
+    const Rest rest = pass_by_lead(task.ascii, text, start - 1);
     const uint32_t place = task.ctx->find(rest.bytes, rest.len, task.occurrence);
-    return place == 0 ? 0 : static_cast<int32_t>(count_characters(rest.bytes, place - 1)) + start;
+    return place == 0 ? 0 : static_cast<int32_t>(qz_mbstrlen_ex(rest.bytes, place - 1)) + start;
 }
 
-int32_t instrb_scan_plain(const InstrTask& task, const Text& text) {
+int32_t instrb_scan_plain(InstrTask& task, const Text& text) {
     if (lacks_characters(task, text)) return 0;
-    const std::optional<uint32_t> start = InBytes::first_start(text, static_cast<int16_t>(task.start));
+    const int16_t wanted = static_cast<int16_t>(task.start);
+    const bool is_start = wanted > 0 && task.ascii.hold(text, static_cast<uint32_t>(wanted));
+    const std::optional<uint32_t> start = is_start ? wanted : InBytes::first_start(text, wanted);
     if (!start) return 0;
     const uint32_t skipped = *start - 1;
     const uint32_t place = task.ctx->find(text.bytes + skipped, text.len - skipped, task.occurrence);
@@ -117,7 +112,7 @@ Code instr_scan_all_blank(const InstrTask& task, const Text& text, int32_t& posi
         position = when_implied(text, start + blanks + occurrence - 2, start + occurrence - 1);
         return kOk;
     }
-    const int64_t characters = count_characters(text.bytes, text.len);
+    const int64_t characters = qz_mbstrlen_ex(text.bytes, text.len);
     if (static_cast<int16_t>(characters + text.blank) < static_cast<int16_t>(blanks + occurrence - 1) + start - 1) return kOk;
     if (start > characters) {
         position = when_implied(text, start - text.len + blanks + occurrence - 2, start + occurrence - 1);
@@ -126,7 +121,7 @@ Code instr_scan_all_blank(const InstrTask& task, const Text& text, int32_t& posi
     Rest rest;
     if (const Code code = pass_characters(text, start - 1, rest); code.failed()) return code;
     const uint32_t place = task.ctx->find(rest.bytes, rest.len, task.occurrence);
-    position = place != 0 ? static_cast<int32_t>(count_characters(rest.bytes, place - 1) + start)
+    position = place != 0 ? static_cast<int32_t>(qz_mbstrlen_ex(rest.bytes, place - 1) + start)
                           : blanks_behind_stored_text(task, text, rest, characters);
     return kOk;
 }
@@ -282,8 +277,8 @@ Code find_backwards(InCharacters, const InstrTask& task, const Text& text, const
     if (const Code code = pass_characters(reversed.text(), skip, rest); code.failed()) return code;
     const uint32_t place = ctx.find(rest.bytes, rest.len, task.occurrence);
     if (place == 0) return kOk;
-    const int64_t before = count_characters(rest.bytes, place - 1);
-    position = static_cast<int32_t>(count_characters(rest.bytes, rest.len) + 1 - wanted - before);
+    const int64_t before = qz_mbstrlen_ex(rest.bytes, place - 1);
+    position = static_cast<int32_t>(qz_mbstrlen_ex(rest.bytes, rest.len) + 1 - wanted - before);
     return kOk;
 }
 
@@ -319,7 +314,7 @@ Code find_backwards(InBytes, const InstrTask& task, const Text&, const Reversed&
 }  // namespace
 
 template <class Unit>
-Code scan_forwards(const Call& call, const InstrTask& task, const Text& text, int32_t& position) {
+Code scan_forwards(const Call& call, InstrTask& task, const Text& text, int32_t& position) {
     if (task.pattern.blank != 0) {
         if (task.pattern.len != 0) return instr_scan_with_blank<Unit>(call, task, text, position);
         if constexpr (!Unit::kBytes) return instr_scan_all_blank(task, text, position);
@@ -338,8 +333,8 @@ Code scan_backwards(const Call& call, const InstrTask& task, const Text& text, b
     return find_backwards(Unit{}, task, text, reversed, fold, position);
 }
 
-template Code scan_forwards<InCharacters>(const Call&, const InstrTask&, const Text&, int32_t&);
-template Code scan_forwards<InBytes>(const Call&, const InstrTask&, const Text&, int32_t&);
+template Code scan_forwards<InCharacters>(const Call&, InstrTask&, const Text&, int32_t&);
+template Code scan_forwards<InBytes>(const Call&, InstrTask&, const Text&, int32_t&);
 template Code scan_backwards<InCharacters>(const Call&, const InstrTask&, const Text&, bool, int32_t&);
 template Code scan_backwards<InBytes>(const Call&, const InstrTask&, const Text&, bool, int32_t&);
 

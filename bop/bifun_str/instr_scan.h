@@ -20,11 +20,12 @@ struct InstrTask {
     int32_t occurrence = 1;
     bool by_shift_or = false;
     bool is_well_formed = false;  // the pattern
+    AsciiBegins ascii;
 };
 
 // Dispatches a start above 0. The text's case is folded as the pattern's is.
 template <class Unit>
-Code scan_forwards(const Call& call, const InstrTask& task, const Text& text, int32_t& position);
+Code scan_forwards(const Call& call, InstrTask& task, const Text& text, int32_t& position);
 
 // A start below 0. The task's pattern is written out, reversed, and with fold folded; the text is as it stands.
 template <class Unit>

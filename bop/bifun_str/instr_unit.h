@@ -12,37 +12,21 @@
 
 namespace bifun {
 
-inline uint64_t high_bits_of(const char* eight_bytes) {
-    uint64_t word;
-    std::memcpy(&word, eight_bytes, sizeof word);
-    return word & 0x8080808080808080u;
-}
+// Whether the texts of a batch begin with n bytes, 1 or more, that are characters of their own in every character set. This is
+// asked of few bytes, and as long as all texts did: where they differ, no branch on it could be foreseen.
+class AsciiBegins {
+  public:
+    bool hold(const Text& text, uint32_t n) {
+        uint64_t word;
+        if (!so_far_ || n > sizeof word || text.len < sizeof word) return false;
+        std::memcpy(&word, text.bytes, sizeof word);
+        so_far_ = (word & 0x8080808080808080u >> (8 * (sizeof word - n))) == 0;
+        return so_far_;
+    }
 
-// Bytes at the start of text that are characters of their own in every character set.
-inline uint32_t ascii_bytes(const char* text, uint32_t len) {
-    uint32_t i = 0;
-    while (i + 8 <= len && high_bits_of(text + i) == 0) i += 8;
-    while (i < len && static_cast<signed char>(text[i]) >= 0) ++i;
-    return i;
-}
-
-// Texts of 16 to 48 bytes are looked at as words that overlap: the same steps for every length, so that no branch depends on
-// it.
-inline bool is_short(const Text& text) { return text.len - 16 <= 32; }
-
-inline bool is_short_ascii(const Text& text) {
-    const uint32_t last = text.len - 16;
-    const uint32_t middle = last < 16 ? last : 16;
-    const uint64_t high = (high_bits_of(text.bytes) | high_bits_of(text.bytes + 8)) |
-                          (high_bits_of(text.bytes + middle) | high_bits_of(text.bytes + middle + 8)) |
-                          (high_bits_of(text.bytes + last) | high_bits_of(text.bytes + last + 8));
-    return high == 0;
-}
-
-inline uint32_t count_characters(const char* text, uint32_t len) {
-    const uint32_t ascii = ascii_bytes(text, len);
-    return ascii == len ? len : ascii + qz_mbstrlen_ex(text + ascii, len - ascii);
-}
+  private:
+    bool so_far_ = true;
+};
 
 // Where a search begins.
 struct Rest {
@@ -62,11 +46,8 @@ struct InCharacters {
     static constexpr bool kBytes = false;
 
     // The position of the byte place, counted from 1.
-    static uint32_t position(const Text& text, uint32_t place) {
-        if (!is_short(text)) return count_characters(text.bytes, place - 1) + 1;
-        return is_short_ascii(text) ? place : qz_mbstrlen_ex(text.bytes, place - 1) + 1;
-    }
-    static uint32_t length(const Text& text) { return count_characters(text.bytes, text.len); }
+    static uint32_t position(const Text& text, uint32_t place) { return qz_mbstrlen_ex(text.bytes, place - 1) + 1; }
+    static uint32_t length(const Text& text) { return qz_mbstrlen_ex(text.bytes, text.len); }
     // The positions of bytes in n texts, 0 where there is none.
     static void turn_bytes_into(uint32_t* positions, uint32_t n, const bdta3_colstr* texts) {
         host_characters_of_positions(positions, n, texts);
@@ -91,9 +72,10 @@ struct InBytes {
         if (text.len == 0 || start > static_cast<int64_t>(text.len)) return std::nullopt;
         if (start <= 1) return 1;
         const uint32_t index = static_cast<uint32_t>(start) - 1;
-        uint32_t next = 0;
-        if (qz_char_start(text.bytes, text.len, index, &next) != 0) return index + 1;
-        return next < text.len ? std::optional(next + 1) : std::nullopt;
+        uint32_t first = index;
+        // Whether there is one at the index cannot be foreseen, so that no branch asks: first is what it was, then.
+        (void)qz_char_start(text.bytes, text.len, index, &first);
+        return first < text.len ? std::optional(first + 1) : std::nullopt;
     }
 };
 
