@@ -28,7 +28,7 @@ QZHOST_MASKED void count_utf8_in_front_of_each(uint32_t* positions, uint32_t n, 
     PickedRows rows;
     rows.pick_masked(positions, n, kLeastCounted);
     for (const uint32_t row : rows) {
-        const size_t counted = count_utf8_masked(bytes_of(texts[row].bytes), positions[row] - 1);
+        const size_t counted = count_short_utf8(bytes_of(texts[row].bytes), positions[row] - 1);
         if (counted == kNotTold) [[unlikely]] {
             count_in_front<Utf8>(positions[row], texts[row]);
         } else {
