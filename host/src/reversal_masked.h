@@ -48,9 +48,8 @@ QZHOST_MASKED inline __m512i with_characters_turned(__m512i bytes, const Utf8Lea
 }
 
 QZHOST_MASKED inline Utf8Leads leads_of(__m512i bytes, const Utf8Planes& planes) {
-    const uint64_t two = planes.high & planes.second;
-    const uint64_t three = two & planes.third;
-    return {two, three, three & _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x10))};
+    const uint64_t three = planes.leads_of_three;
+    return {planes.leads, three, three & _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x10))};
 }
 
 // Whether up to 64 bytes, with zero bytes behind them, are well-formed: also where one of the rare lead bytes is among them.
@@ -58,10 +57,10 @@ QZHOST_MASKED inline bool is_well_formed_utf8(__m512i bytes, const Utf8Planes& p
     const uint64_t cut_off = leads.two >> 63 | leads.three >> 62 | leads.four >> 61;
     const uint64_t due = leads.two << 1 | leads.three << 2 | leads.four << 3;
     if (planes.continuations() != due || cut_off != 0) return false;
-    if (!planes.rare) [[likely]]
+    if (planes.rare == 0) [[likely]]
         return true;
     // Of the second byte bits 5 and 4 tell overlong forms, surrogates and numbers above U+10FFFF.
-    const uint64_t third = planes.third >> 1;
+    const uint64_t third = _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x20)) >> 1;
     const uint64_t fourth = _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x10)) >> 1;
     uint64_t faults = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
     faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC1)));
