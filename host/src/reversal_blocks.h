@@ -21,12 +21,14 @@ inline void reverse_bytes(uint8_t* p, size_t n) {
         }
         return;
     }
-    for (; n >= kBlock; p += kBlock, n = n <= 2 * kBlock ? 0 : n - 2 * kBlock) {
+    const auto swap_ends = [&] {
         const __m128i first = load_block(p);
         const __m128i last = load_block(p + n - kBlock);
         store_block(p, _mm_shuffle_epi8(last, backwards));
         store_block(p + n - kBlock, _mm_shuffle_epi8(first, backwards));
-    }
+    };
+    for (; n > 2 * kBlock; p += kBlock, n -= 2 * kBlock) swap_ends();
+    if (n >= kBlock) return swap_ends();
 #endif
     while (n > 16) {
         const uint64_t first = load64(p);
