@@ -7,7 +7,6 @@
 
 #include "bop/bifun_str/text.h"
 #include "bop/bifun_str/text_groups.h"
-#include "bop/frame/copy_text.h"
 #include "bop/frame/export.h"
 #include "bop/frame/masked_moves.h"
 #include "qzbifun/string.h"
@@ -15,45 +14,7 @@
 namespace bifun {
 namespace {
 
-// A value of a followed by b. b is text of its own, or an empty one that brings its blanks.
-Code put_joined(Row out, const Text& a, const Text& b, const char* worker) {
-    const bool text_follows = b.len != 0;
-    const uint64_t written = text_follows ? a.blank : 0;
-    const uint64_t len = uint64_t{a.len} + written + b.len;
-    const uint64_t blank = uint64_t{b.blank} + (text_follows ? 0 : a.blank);
-    // More blanks than a slot can count are too many as well.
-    if (len > kMostTextBytes || blank > UINT32_MAX) return Code{EC_STRING_TOO_LONG};
-    char* const to = reserve_text(out, static_cast<uint32_t>(len), static_cast<uint32_t>(blank));
-    if (len == 0) return kOk;
-    if (to == nullptr) return out.fail(EC_OUT_OF_MEMORY, worker);
-    copy_text(to, a.bytes, a.len);
-    if (written != 0) std::memset(to + a.len, ' ', written);
-    copy_text(to + a.len + written, b.bytes, b.len);
-    return kOk;
-}
-
-Code put_alone(Row out, const Text& text, const char* worker) {
-    char* const to = reserve_text(out, text.len, text.blank);
-    if (text.len == 0) return kOk;
-    if (to == nullptr) return out.fail(EC_OUT_OF_MEMORY, worker);
-    copy_text(to, text.bytes, text.len);
-    return kOk;
-}
-
-template <class Form>
-struct ConcatRow {
-    static constexpr Rules rules{.row_null = RowNull::kAll, .on_failure = OnFailure::kClear};
-
-    static Code row(Row out, const Nullable<Text>& a, const Nullable<Text>& b) {
-        if (a.valid != 0 && b.valid != 0) [[likely]]
-            return put_joined(out, a.value, b.value, Form::kWorker);
-        if (a.valid == 0) return put_alone(out, b.value, Form::kWorker);
-        if (a.value.len > kMostTextBytes) return Code{EC_INVALID_ARGUMENT};
-        return put_alone(out, a.value, Form::kWorker);
-    }
-};
-
-// What a row stores: a value, then blanks that are written out between the two, then the other value. A NULL brings nothing.
+// What a row stores: a value, then its blanks as far as they are written out, then the other value. A NULL brings nothing.
 struct Joint {
     Text a, b;
     uint32_t written;
@@ -65,6 +26,32 @@ struct Joint {
 
     uint64_t len() const { return uint64_t{a.len} + written + b.len; }
     uint64_t blank() const { return uint64_t{a.blank - written} + b.blank; }
+
+    template <class Moves>
+    BIFUN_ALWAYS_INLINE void write(char* to) const {
+        Moves::copy(to, a.bytes, a.len);
+        if (written != 0) std::memset(to + a.len, ' ', written);
+        Moves::copy(to + a.len + written, b.bytes, b.len);
+    }
+};
+
+template <class Form>
+struct ConcatRow {
+    static constexpr Rules rules{.row_null = RowNull::kAll, .on_failure = OnFailure::kClear};
+
+    static Code row(Row out, const Nullable<Text>& a, const Nullable<Text>& b) {
+        const Joint joint(a, b);
+        const uint64_t len = joint.len();
+        // More blanks than a slot can count are too many as well.
+        if (a.valid != 0 && (len > kMostTextBytes || joint.blank() > UINT32_MAX)) {
+            return Code{b.valid != 0 ? EC_STRING_TOO_LONG : EC_INVALID_ARGUMENT};
+        }
+        char* const to = reserve_text(out, static_cast<uint32_t>(len), static_cast<uint32_t>(joint.blank()));
+        if (len == 0) return kOk;
+        if (to == nullptr) return out.fail(EC_OUT_OF_MEMORY, Form::kWorker);
+        joint.write<PlainMoves>(to);
+        return kOk;
+    }
 };
 
 template <class Form, class A, class B>
@@ -92,12 +79,8 @@ struct ConcatRows {
             out.valid[i] = static_cast<uint8_t>(a.valid_at(i) | b.valid_at(i));
             if (out.valid[i] == 0) continue;
             const Joint joint(a.value_at(i), b.value_at(i));
-            // No text stands behind the group, not even one without bytes.
-            char* const to = group.space + (group.len(k) == 0 ? 0 : group.at[k]);
-            slots[i] = {group.len(k), static_cast<uint32_t>(joint.blank()), to};
-            Moves::copy(to, joint.a.bytes, joint.a.len);
-            if (joint.written != 0) std::memset(to + joint.a.len, ' ', joint.written);
-            Moves::copy(to + joint.a.len + joint.written, joint.b.bytes, joint.b.len);
+            slots[i] = {group.len(k), static_cast<uint32_t>(joint.blank()), group.text(k)};
+            joint.template write<Moves>(group.text(k));
         }
     }
 

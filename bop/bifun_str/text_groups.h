@@ -23,6 +23,8 @@ struct TextGroup {
 
     uint32_t len(uint32_t k) const { return at[k + 1] - at[k]; }
     uint32_t bytes() const { return at[rows]; }
+    // Where a row's text stands: an empty one too, and none behind the group.
+    char* text(uint32_t k) const { return space + (len(k) == 0 ? 0 : at[k]); }
 };
 
 // rows.bytes(i) tells the bytes that row i stores, or any number above kLongestText where it is to go by itself;

@@ -1,4 +1,4 @@
-// Rows whose texts are stored together, as reverse and concat do it: what each row comes to by itself, told character by
+// Rows whose texts are stored together, as reverse, concat and repeat do it: what each row comes to by itself, told character by
 // character, and what becomes of the rows around one that fails.
 #include "bop/bifun_str/text_groups.h"
 
@@ -157,6 +157,14 @@ Text joined(const Row& a, const Row& b) {
     if (!b.valid) return a.text();
     if (b.characters.empty()) return {a.bytes(), a.blank + b.blank};
     return {a.bytes() + std::string(a.blank, ' ') + b.bytes(), b.blank};
+}
+
+Text repeated(const Row& row, int32_t n) {
+    if (n == 0) return {"", 0};
+    if (row.characters.empty()) return {"", row.blank * static_cast<uint32_t>(n)};
+    std::string text;
+    for (int32_t i = 0; i < n; ++i) text += (i == 0 ? "" : std::string(row.blank, ' ')) + row.bytes();
+    return {text, row.blank};
 }
 
 const std::vector<std::string> kLonger[] = {
@@ -346,14 +354,57 @@ TEST_F(GroupedRows, ConcatOfAnyRows) {
     }
 }
 
+TEST_F(GroupedRows, RepeatOfAnyRows) {
+    Random random(support::test_seed());
+    for (const int32_t copies : {0, 1, 2, 3, 8, 9, 30}) {
+        SCOPED_TRACE(copies);
+        std::vector<Row> rows = draw_rows(random, 1, 1 + random.below(500));
+        for (Row& row : rows) row.characters.resize(std::min<size_t>(row.characters.size(), 180));  // none is too long
+        const uint32_t n = static_cast<uint32_t>(rows.size());
+        std::vector<std::optional<Text>> expected(n);
+        for (uint32_t i = 0; i < n; ++i) {
+            if (rows[i].valid) expected[i] = repeated(rows[i], copies);
+        }
+        const Vector texts = vector_of(rows);
+        const Vector result = Vector::result<Text>(host_, n);
+        Constant number = Constant::of(copies);
+        ASSERT_EQ(brepeatstr_av_str(host_.env(), host_.mem(), texts.col(), number.scalar(), result.col(), n), 0);
+        expect_rows(result, expected, n, false);
+        give_back(result, n);
+        ASSERT_EQ(host_.outstanding(), 0u);
+        if (HasFatalFailure()) return;
+    }
+}
+
+TEST_F(GroupedRows, RepeatEndsAtTheFirstRowThatIsTooLong) {
+    for (const uint32_t at : {0u, 1u, 30u, 99u}) {
+        std::vector<Row> rows(100, {{"a"}, 0, true});
+        rows[at].characters = {"a", "b", "c"};
+        std::vector<std::optional<Text>> expected;
+        for (const Row& row : rows) expected.emplace_back(repeated(row, 10923));
+        const Vector texts = vector_of(rows);
+        const Vector result = Vector::result<Text>(host_, 100);
+        Constant number = Constant::of(10923);
+        ASSERT_EQ(brepeatstr_av_str(host_.env(), host_.mem(), texts.col(), number.scalar(), result.col(), 100),
+                  EC_INVALID_ARGUMENT);
+        expect_rows(result, expected, at, true);
+        give_back(result, at);
+        if (HasFatalFailure()) return;
+    }
+}
+
 // Whose text that is can be told by its first byte, which is not behind the vector's space.
 TEST_F(GroupedRows, AnEmptyTextStandsWithinTheGroup) {
     const Vector texts = vector_of({{{"a"}, 0, true}, {{}, 0, true}}), empty = vector_of({{}, {}});
     const Vector turned = Vector::result<Text>(host_, 2), with = Vector::result<Text>(host_, 2);
+    const Vector twice = Vector::result<Text>(host_, 2);
+    Constant two = Constant::of(2);
     ASSERT_EQ(reverse(texts, turned, 2), 0);
     ASSERT_EQ(bconcat_aa_str(host_.env(), host_.mem(), texts.col(), empty.col(), with.col(), 2), 0);
     EXPECT_EQ(turned.slot(1).bytes, turned.slot(0).bytes);
     EXPECT_EQ(with.slot(1).bytes, with.slot(0).bytes);
+    ASSERT_EQ(brepeatstr_av_str(host_.env(), host_.mem(), texts.col(), two.scalar(), twice.col(), 2), 0);
+    EXPECT_EQ(twice.slot(1).bytes, twice.slot(0).bytes);
 }
 
 // Blanks are counted in 32 bits, and a row beyond that is too long at any place of a group.
