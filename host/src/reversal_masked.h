@@ -15,8 +15,6 @@ struct Utf8Leads {
     uint64_t two, three, four;
 };
 
-QZHOST_MASKED inline uint64_t first_bits(size_t n) { return _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(n)); }
-
 // Not under a mask, gcc 12 takes what it leaves undefined for a mistake.
 QZHOST_MASKED inline __m512i permuted(__m512i places, __m512i bytes) {
     return _mm512_maskz_permutexvar_epi8(~uint64_t{0}, places, bytes);
@@ -52,26 +50,6 @@ QZHOST_MASKED inline Utf8Leads leads_of(__m512i bytes, const Utf8Planes& planes)
     return {planes.leads, three, three & _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x10))};
 }
 
-// Whether up to 64 bytes, with zero bytes behind them, are well-formed: also where one of the rare lead bytes is among them.
-QZHOST_MASKED inline bool is_well_formed_utf8(__m512i bytes, const Utf8Planes& planes, const Utf8Leads& leads) {
-    const uint64_t cut_off = leads.two >> 63 | leads.three >> 62 | leads.four >> 61;
-    const uint64_t due = leads.two << 1 | leads.three << 2 | leads.four << 3;
-    if (planes.continuations() != due || cut_off != 0) return false;
-    if (planes.rare == 0) [[likely]]
-        return true;
-    // Of the second byte bits 5 and 4 tell overlong forms, surrogates and numbers above U+10FFFF.
-    const uint64_t third = _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x20)) >> 1;
-    const uint64_t fourth = _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x10)) >> 1;
-    uint64_t faults = _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
-    faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC1)));
-    faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xE0))) & ~third;
-    faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xED))) & third;
-    faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF0))) & ~(third | fourth);
-    faults |= _mm512_cmpeq_epi8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF4))) & (third | fourth);
-    faults |= _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xF5)));
-    return faults == 0;
-}
-
 // What lies before and behind a vector's bytes that are to be turned: enough for each of their characters to be whole.
 struct WholeBytes {
     static constexpr size_t kMargin = 0;
@@ -84,7 +62,7 @@ struct WholeCharacters {
     }
 };
 
-// More than 64 bytes, from both ends towards the middle, in place. What comes next at either end is loaded before the bytes in
+// 64 bytes or more, from both ends towards the middle, in place. What comes next at either end is loaded before the bytes in
 // front of it, which it needs for its margin, are written over.
 template <class Whole>
 QZHOST_MASKED inline void reverse_from_both_ends(uint8_t* p, size_t n) {
@@ -106,26 +84,24 @@ QZHOST_MASKED inline void reverse_from_both_ends(uint8_t* p, size_t n) {
             front = _mm512_loadu_si512(begin + whole - kMargin);
             back = _mm512_loadu_si512(end - whole + kMargin - kMaskedBlock);
         }
-        _mm512_mask_storeu_epi8(begin, first_bits(from_back), reversed_back);
-        _mm512_mask_storeu_epi8(end - from_front, first_bits(from_front), reversed_front);
+        _mm512_mask_storeu_epi8(begin, low_bits(from_back), reversed_back);
+        _mm512_mask_storeu_epi8(end - from_front, low_bits(from_front), reversed_front);
         if (last) return;
         done += whole;
         margin = kMargin;
     }
 }
 
-// Up to 64 bytes. False, and the text as it was, where it is malformed.
-QZHOST_MASKED inline bool reverse_utf8_at_once(uint8_t* p, size_t n) {
-    const uint64_t places = first_bits(n);
-    __m512i bytes = _mm512_maskz_loadu_epi8(places, p);
+// Up to 63 bytes. False, and the text as it was, where it is malformed.
+QZHOST_MASKED inline bool reverse_short_utf8_masked(uint8_t* p, size_t n) {
+    __m512i bytes = load_masked(p, n);
     if (_mm512_movepi8_mask(bytes) != 0) {
         const Utf8Planes planes = planes_of(bytes);
-        const Utf8Leads leads = leads_of(bytes, planes);
-        if (!is_well_formed_utf8(bytes, planes, leads)) [[unlikely]]
+        if (planes.doubts() != 0 && faults_of_short_utf8(p, n) != 0) [[unlikely]]
             return false;
-        bytes = with_characters_turned(bytes, leads);
+        bytes = with_characters_turned(bytes, leads_of(bytes, planes));
     }
-    _mm512_mask_storeu_epi8(p, places, backwards_from(bytes, n - 1));
+    _mm512_mask_storeu_epi8(p, low_bits(n), backwards_from(bytes, n - 1));
     return true;
 }
 
@@ -142,7 +118,7 @@ QZHOST_MASKED inline bool reverse_utf8_at_once(uint8_t* p, size_t n) {
 
 // Any text. False, and the text as it was, where it is malformed.
 QZHOST_MASKED inline bool reverse_utf8_masked(uint8_t* p, size_t n) {
-    return n <= kMaskedBlock ? reverse_utf8_at_once(p, n) : reverse_long_utf8_masked(p, n);
+    return n <= Utf8Planes::kMost ? reverse_short_utf8_masked(p, n) : reverse_long_utf8_masked(p, n);
 }
 
 }  // namespace qzhost
