@@ -7,9 +7,11 @@
 // The weeks of add_weeks are multiplied in 32 bits and wrap around unnoticed.
 #include "qzbifun/date_arithmetic.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "bop/bifun_date/weekday.h"
+#include "bop/frame/blocks.h"
 #include "bop/frame/export.h"
 #include "bop/switches.h"
 #include "qzhost/date_text.h"
@@ -30,24 +32,94 @@ constexpr Rules kFlagFirst{
 double days_of_days(double days) { return days; }
 double days_of_weeks(int32_t weeks) { return static_cast<int32_t>(static_cast<uint32_t>(weeks) * 7); }
 
-// A block of whole days that all stay in the calendar moves its day numbers; the service adds any other, row by row.
+// From the first day of the calendar to the last, and one more.
+constexpr double kMostDays = HOST_DAY_MAX - HOST_DAY_MIN + 1;
+
+BIFUN_ALWAYS_INLINE bool are_within_calendar(double days) { return (days > -kMostDays) & (days < kMostDays); }  // NaN is not
+BIFUN_ALWAYS_INLINE bool is_in_calendar(int32_t number) { return (number >= HOST_DAY_MIN) & (number <= HOST_DAY_MAX); }
+
+uint32_t load_time(const qztime& date) { return date.hour | uint32_t{date.minute} << 8 | uint32_t{date.second} << 16; }
+
+void store_time(qztime& date, uint32_t time) {
+    date.hour = static_cast<uint8_t>(time);
+    date.minute = static_cast<uint8_t>(time >> 8);
+    date.second = static_cast<uint8_t>(time >> 16);
+}
+
+// Adds whole days to day numbers. False: days are not whole, or lead out of the calendar.
+BIFUN_ALWAYS_INLINE bool add_whole_days(int32_t* sums, uint32_t n, const int32_t* numbers, const double* days) {
+    uint32_t others = 0;
+    for (uint32_t i = 0; i < n; ++i) {
+        const auto whole = static_cast<int32_t>(are_within_calendar(days[i]) ? days[i] : 0.0);
+        sums[i] = numbers[i] + whole;
+        others |= (days[i] == whole) & is_in_calendar(sums[i]) ? 0 : ~0U;
+    }
+    return others == 0;
+}
+
+// Adds days with a fraction, as qztime_date_add_number does: a fraction counts to the nearest second, half a second away from
+// zero. times are those of the dates, and then of the sums. False: days lead out of the calendar, or a time is none.
+BIFUN_ALWAYS_INLINE bool add_days_and_seconds(int32_t* sums, uint32_t* times, uint32_t n, const int32_t* numbers,
+                                              const double* days) {
+    constexpr double kSecondsOfDay = 86400;
+    uint32_t others = 0;
+    for (uint32_t i = 0; i < n; ++i) {
+        const uint32_t hour = times[i] & 0xFF, minute = times[i] >> 8 & 0xFF, second = times[i] >> 16;
+        const bool fits = are_within_calendar(days[i]);
+        const double seconds = (fits ? days[i] : 0.0) * kSecondsOfDay;  // within 2^39
+        const double rounded = std::trunc(seconds + (seconds < 0 ? -0.5 : 0.5));
+        const double total = rounded + static_cast<int32_t>(hour * 3600 + minute * 60 + second);  // exact
+        const auto whole = static_cast<int32_t>(std::floor(total / kSecondsOfDay));  // a second is more than the error
+        const auto rest = static_cast<uint32_t>(static_cast<int32_t>(total - whole * kSecondsOfDay));
+        sums[i] = numbers[i] + whole;
+        times[i] = rest / 3600 | rest % 3600 / 60 << 8 | rest % 60 << 16;
+        others |= fits & is_in_calendar(sums[i]) & (hour < 24) & (minute < 60) & (second < 60) ? 0 : ~0U;
+    }
+    return others == 0;
+}
+
+// Moves a block of dates. False: a row is to be done by itself.
+BIFUN_ALWAYS_INLINE bool add_days_in_block(qztime* out, uint32_t n, const qztime* dates, const double* days) {
+    int32_t numbers[frame::kBlockRows], sums[frame::kBlockRows];
+    host_day_numbers(numbers, n, dates);
+    if (add_whole_days(sums, n, numbers, days)) {
+        host_set_day_numbers(out, n, dates, sums);
+        return true;
+    }
+    uint32_t times[frame::kBlockRows];
+    for (uint32_t i = 0; i < n; ++i) times[i] = load_time(dates[i]);
+    if (!add_days_and_seconds(sums, times, n, numbers, days)) return false;
+    host_set_day_numbers(out, n, dates, sums);
+    for (uint32_t i = 0; i < n; ++i) store_time(out[i], times[i]);
+    return true;
+}
+
+#if BIFUN_HAS_WIDE_LOOPS
+BIFUN_WIDE bool add_days_wide(qztime* out, uint32_t n, const qztime* dates, const double* days) {
+    return add_days_in_block(out, n, dates, days);
+}
+#endif
+
+bool add_days(qztime* out, uint32_t n, const qztime* dates, const double* days) {
+#if BIFUN_HAS_WIDE_LOOPS
+    if (frame::has_wide_loops()) return add_days_wide(out, n, dates, days);
+#endif
+    return add_days_in_block(out, n, dates, days);
+}
+
+// A block of days that all stay in the calendar moves its day numbers, and the times where days have fractions; the service
+// adds any other, row by row.
 template <class Amount, double (*kDays)(Amount)>
 struct AddDays {
     static constexpr Rules rules = kRules;
 
     static void block(qztime* out, uint32_t n, const qztime* dates, const Amount* amounts) {
-        int32_t numbers[frame::kBlockRows];
-        host_day_numbers(numbers, n, dates);
-        uint32_t others = 0;
+        double days[frame::kBlockRows];
+        for (uint32_t i = 0; i < n; ++i) days[i] = kDays(amounts[i]);
+        if (add_days(out, n, dates, days)) [[likely]]
+            return;
         for (uint32_t i = 0; i < n; ++i) {
-            const double days = kDays(amounts[i]);
-            numbers[i] += whole_days(days);
-            others |= is_plain(days, numbers[i]) ? 0 : ~0U;
-        }
-        if (others == 0) [[likely]]
-            return host_set_day_numbers(out, n, dates, numbers);
-        for (uint32_t i = 0; i < n; ++i) {
-            if (qztime_date_add_number(dates + i, kDays(amounts[i]), out + i) < 0) out[i].month = kNoMonth;
+            if (qztime_date_add_number(dates + i, days[i], out + i) < 0) out[i].month = kNoMonth;
         }
     }
 
@@ -60,17 +132,6 @@ struct AddDays {
 
   private:
     static constexpr uint8_t kNoMonth = 0;
-    static constexpr double kMost = HOST_DAY_MAX - HOST_DAY_MIN + 1;
-
-    static int32_t whole_days(double days) {
-        const bool fits = (days > -kMost) & (days < kMost);  // NaN does not
-        return static_cast<int32_t>(fits ? days : 0.0);
-    }
-
-    // Whether days are whole and brought a day number to this one.
-    static bool is_plain(double days, int32_t number) {
-        return (days == whole_days(days)) & (number >= HOST_DAY_MIN) & (number <= HOST_DAY_MAX);
-    }
 };
 
 using AddSomeDays = AddDays<double, days_of_days>;

@@ -11,6 +11,7 @@
 #include "qzhost/calendar.h"
 #include "tests/bop/bifun_date/gregorian_oracle.h"
 #include "tests/support/differential.h"
+#include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -65,6 +66,62 @@ TEST(DateArithmetic, DaysAndWeeks) {
         return gregorian::on(date, gregorian::days_of(date) + weeks{count});
     }),
               "");
+}
+
+// To the nearest second, half a second away from zero: 1/256 of a day has 337.5 seconds, and a double holds them exactly.
+TEST(DateArithmetic, FractionsOfDays) {
+    constexpr int32_t kParts = 256;
+    const auto seconds_of = [](double count) {
+        const auto parts = static_cast<int64_t>(count * kParts);
+        return seconds{parts < 0 ? -((-parts * 675 + 1) / 2) : (parts * 675 + 1) / 2};
+    };
+    auto add_days = family<qztime, qztime, double>();
+    add_days.draw<0>(gregorian::random_value);
+    add_days.draw<1>(
+        [](Random& random) { return double{1} * below(random, random.chance(50) ? 600 : 5000 * kParts) / kParts; });
+    add_days.add("aa", "badd_days_aa_date", badd_days_aa_date);
+    add_days.add("av", "badd_days_av_date", badd_days_av_date);
+    add_days.add("va", "badd_days_va_date", badd_days_va_date);
+    EXPECT_EQ(add_days.run([&](const qztime& date, double count) {
+        const sys_seconds sum =
+            gregorian::days_of(date) + hours{date.hour} + minutes{date.minute} + seconds{date.second} + seconds_of(count);
+        const hh_mm_ss time{sum - floor<days>(sum)};
+        qztime moved = gregorian::on(date, floor<days>(sum));
+        moved.hour = static_cast<uint8_t>(time.hours().count());
+        moved.minute = static_cast<uint8_t>(time.minutes().count());
+        moved.second = static_cast<uint8_t>(time.seconds().count());
+        return moved;
+    }),
+              "");
+}
+
+// Blocks in which rows are left to the service, for a time that is none, at the calendar's ends and beside them.
+TEST(DateArithmetic, DaysOfAnyRecordAreThoseOfTheService) {
+    constexpr uint32_t kRows = 600;
+    Random random(support::test_seed());
+    const std::array<double, 8> amounts = {0.5, -0.5, 1, -1, 0.25, -1e-6, 86399.5 / 86400, -0.5 / 86400};
+    for (int round = 0; round < 200; ++round) {
+        support::Host host;
+        support::Vector dates(host, support::type_of<qztime>(), kRows), days(host, support::type_of<double>(), kRows);
+        const bool hostile = round % 4 == 1, ends = round % 4 == 2, whole = round % 8 < 4;
+        for (uint32_t i = 0; i < kRows; ++i) {
+            qztime date = gregorian::random_value(random);
+            if (hostile && random.chance(1))
+                (random.chance(50) ? date.hour : date.second) = static_cast<uint8_t>(random.below(256));
+            if (ends && random.chance(1)) date = qztime{-4712, 1, 2, 12, 0, 0, 5, TZ_NONE};
+            if (ends && random.chance(1)) date = qztime{9999, 12, 28, 12, 0, 0, 5, TZ_NONE};
+            dates.set(i, support::to_cell(date), 1);
+            days.set(i, support::to_cell(whole && random.chance(90) ? 3.0 : amounts[random.below(amounts.size())]), 1);
+        }
+        const support::Vector result = support::Vector::result<qztime>(host, kRows);
+        ASSERT_EQ(badd_days_aa_date(host.env(), host.mem(), dates.col(), days.col(), result.col(), kRows), 0);
+        for (uint32_t i = 0; i < kRows; ++i) {
+            const qztime date = dates.get<qztime>(i);
+            qztime moved;
+            ASSERT_EQ(qztime_date_add_number(&date, days.get<double>(i), &moved), 0);
+            ASSERT_EQ(support::to_cell(result.get<qztime>(i)).bytes, support::to_cell(moved).bytes) << round << ": " << i;
+        }
+    }
 }
 
 TEST(DateArithmetic, MonthsAndTheirEnds) {
