@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "bop/frame/masked_moves.h"
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
 #include "tests/support/batch.h"
@@ -190,9 +191,14 @@ std::vector<Row> draw_rows(Random& random, uint32_t charset, size_t n) {
     return rows;
 }
 
-class GroupedRows : public testing::Test {
+// By the moves of this machine, and by those that every machine has.
+class GroupedRows : public testing::TestWithParam<bool> {
   protected:
-    ~GroupedRows() override { host_memory_fail_after(-1); }
+    GroupedRows() { bifun::takes_masked_moves &= GetParam(); }
+    ~GroupedRows() override {
+        bifun::takes_masked_moves = bifun::has_masked_moves();
+        host_memory_fail_after(-1);
+    }
 
     Vector vector_of(const std::vector<Row>& rows) {
         Vector vector(host_, support::type_of<Text>(), static_cast<uint32_t>(rows.size()));
@@ -238,7 +244,7 @@ class GroupedRows : public testing::Test {
     support::Host host_;
 };
 
-TEST_F(GroupedRows, ReverseInEveryCharacterSet) {
+TEST_P(GroupedRows, ReverseInEveryCharacterSet) {
     Random random(support::test_seed());
     for (int i = 0; i < 30; ++i) {
         const uint32_t charset = static_cast<uint32_t>(i) % 3;
@@ -269,7 +275,7 @@ TEST_F(GroupedRows, ReverseInEveryCharacterSet) {
 }
 
 // The row's code, whatever stands behind it, and its text at every place of a group.
-TEST_F(GroupedRows, ReverseEndsAtTheFirstMalformedRow) {
+TEST_P(GroupedRows, ReverseEndsAtTheFirstMalformedRow) {
     struct Broken {
         uint32_t charset;
         std::string text, behind;
@@ -298,7 +304,7 @@ TEST_F(GroupedRows, ReverseEndsAtTheFirstMalformedRow) {
 }
 
 // A byte that is whole in GB18030 alone and part of a character behind another text's last byte.
-TEST_F(GroupedRows, CharactersOfNeighboursDoNotGrowTogether) {
+TEST_P(GroupedRows, CharactersOfNeighboursDoNotGrowTogether) {
     const support::Parameters server(SERVER_CHARSET, 0);
     const std::vector<Row> rows = {{{"0", "\x81\x30\x81\x30"}, 0, true}, {{"a", "\xD6\xD0"}, 0, true}, {{"0", "b"}, 0, true}};
     const Vector texts = vector_of(rows);
@@ -315,7 +321,7 @@ TEST_F(GroupedRows, CharactersOfNeighboursDoNotGrowTogether) {
                 3, false);
 }
 
-TEST_F(GroupedRows, ConcatOfAnyRows) {
+TEST_P(GroupedRows, ConcatOfAnyRows) {
     Random random(support::test_seed());
     for (int i = 0; i < 20; ++i) {
         SCOPED_TRACE(i);
@@ -354,7 +360,7 @@ TEST_F(GroupedRows, ConcatOfAnyRows) {
     }
 }
 
-TEST_F(GroupedRows, RepeatOfAnyRows) {
+TEST_P(GroupedRows, RepeatOfAnyRows) {
     Random random(support::test_seed());
     for (const int32_t copies : {0, 1, 2, 3, 8, 9, 30}) {
         SCOPED_TRACE(copies);
@@ -376,12 +382,12 @@ TEST_F(GroupedRows, RepeatOfAnyRows) {
     }
 }
 
-TEST_F(GroupedRows, RepeatEndsAtTheFirstRowThatIsTooLong) {
+TEST_P(GroupedRows, RepeatEndsAtTheFirstRowThatIsTooLong) {
     for (const uint32_t at : {0u, 1u, 30u, 99u}) {
         std::vector<Row> rows(100, {{"a"}, 0, true});
         rows[at].characters = {"a", "b", "c"};
         std::vector<std::optional<Text>> expected;
-        for (const Row& row : rows) expected.emplace_back(repeated(row, 10923));
+        for (uint32_t i = 0; i < 100; ++i) expected.emplace_back(Text{std::string(10923, 'a'), 0});
         const Vector texts = vector_of(rows);
         const Vector result = Vector::result<Text>(host_, 100);
         Constant number = Constant::of(10923);
@@ -394,7 +400,7 @@ TEST_F(GroupedRows, RepeatEndsAtTheFirstRowThatIsTooLong) {
 }
 
 // Whose text that is can be told by its first byte, which is not behind the vector's space.
-TEST_F(GroupedRows, AnEmptyTextStandsWithinTheGroup) {
+TEST_P(GroupedRows, AnEmptyTextStandsWithinTheGroup) {
     const Vector texts = vector_of({{{"a"}, 0, true}, {{}, 0, true}}), empty = vector_of({{}, {}});
     const Vector turned = Vector::result<Text>(host_, 2), with = Vector::result<Text>(host_, 2);
     const Vector twice = Vector::result<Text>(host_, 2);
@@ -408,7 +414,7 @@ TEST_F(GroupedRows, AnEmptyTextStandsWithinTheGroup) {
 }
 
 // Blanks are counted in 32 bits, and a row beyond that is too long at any place of a group.
-TEST_F(GroupedRows, ConcatEndsAtTheFirstRowThatIsTooLong) {
+TEST_P(GroupedRows, ConcatEndsAtTheFirstRowThatIsTooLong) {
     for (const uint32_t at : {0u, 1u, 30u, 99u}) {
         std::vector<Row> left(100, {{"abc"}, 1, true}), right(100, {{"de"}, 0, true});
         left[at].blank = UINT32_MAX;
@@ -424,7 +430,7 @@ TEST_F(GroupedRows, ConcatEndsAtTheFirstRowThatIsTooLong) {
 }
 
 // With ever more allocations the rows get ever further; those that are stored are right, and those behind are as they were.
-TEST_F(GroupedRows, EveryAllocationFailsOnce) {
+TEST_P(GroupedRows, EveryAllocationFailsOnce) {
     std::vector<Row> rows;
     for (uint32_t i = 0; i < 200; ++i) {
         rows.push_back({std::vector<std::string>(i % 40 == 39 ? 5000 : 20 + i % 30, i % 3 == 0 ? "\u00e9" : "x"), i % 4, true});
@@ -463,5 +469,8 @@ TEST_F(GroupedRows, EveryAllocationFailsOnce) {
         EXPECT_GE(failures, 6);
     }
 }
+
+INSTANTIATE_TEST_SUITE_P(Moves, GroupedRows, testing::Bool(),
+                         [](const auto& moves) { return moves.param ? "OfThisMachine" : "OfEveryMachine"; });
 
 }  // namespace
