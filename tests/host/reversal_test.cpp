@@ -143,8 +143,8 @@ TEST_F(Reversal, MalformedTextStays) {
             check_malformed(front + piece);
             check_malformed(front + piece + "x");
             check_malformed(front + piece + "\u4e2d\U0001f600\u00e9");
-            check_malformed("\u00e9" + front + piece);
-            check_malformed("\U0001f600" + front + piece + std::string(70, 'y'));
+            check_malformed(joined({"\u00e9", front, piece}));
+            check_malformed(joined({"\U0001f600", front, piece, std::string(70, 'y')}));
         }
         if (HasFatalFailure()) return;
     }

@@ -291,8 +291,8 @@ TEST_P(GroupedRows, ReverseEndsAtTheFirstMalformedRow) {
             std::vector<Row> rows(260, {{"t", "e", kLonger[one.charset][0], "x"}, 0, true});
             rows[at].characters = {one.text};
             rows[at + 1].characters = {one.behind};
-            std::vector<std::optional<Text>> expected;
-            for (const Row& row : rows) expected.emplace_back(reversed(row));
+            std::vector<std::optional<Text>> expected(rows.size());
+            std::transform(rows.begin(), rows.end(), expected.begin(), reversed);
             const Vector texts = vector_of(rows);
             const Vector result = Vector::result<Text>(host_, 260);
             ASSERT_EQ(reverse(texts, result, 260), EC_CHAR_INVALID) << testing::PrintToString(one.text) << at;
@@ -386,8 +386,7 @@ TEST_P(GroupedRows, RepeatEndsAtTheFirstRowThatIsTooLong) {
     for (const uint32_t at : {0u, 1u, 30u, 99u}) {
         std::vector<Row> rows(100, {{"a"}, 0, true});
         rows[at].characters = {"a", "b", "c"};
-        std::vector<std::optional<Text>> expected;
-        for (uint32_t i = 0; i < 100; ++i) expected.emplace_back(Text{std::string(10923, 'a'), 0});
+        const std::vector<std::optional<Text>> expected(100, Text{std::string(10923, 'a'), 0});
         const Vector texts = vector_of(rows);
         const Vector result = Vector::result<Text>(host_, 100);
         Constant number = Constant::of(10923);
@@ -419,8 +418,8 @@ TEST_P(GroupedRows, ConcatEndsAtTheFirstRowThatIsTooLong) {
         std::vector<Row> left(100, {{"abc"}, 1, true}), right(100, {{"de"}, 0, true});
         left[at].blank = UINT32_MAX;
         right[at] = {{}, 1, true};
-        std::vector<std::optional<Text>> expected;
-        for (uint32_t i = 0; i < 100; ++i) expected.emplace_back(i == at ? Text{} : joined(left[i], right[i]));
+        std::vector<std::optional<Text>> expected(100);
+        std::transform(left.begin(), left.begin() + at, right.begin(), expected.begin(), joined);
         const Vector a = vector_of(left), b = vector_of(right);
         const Vector result = Vector::result<Text>(host_, 100);
         ASSERT_EQ(bconcat_aa_str(host_.env(), host_.mem(), a.col(), b.col(), result.col(), 100), EC_STRING_TOO_LONG);
