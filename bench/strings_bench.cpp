@@ -159,7 +159,7 @@ void BM_loop_lengths(benchmark::State& state) {
 
 void all_rows(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"long", "utf8", "sel"})->ArgsProduct({{0, 1}, {0, 1}, {kDense}});
-    bench->Args({0, 0, kPermuted});
+    bench->Args({0, 0, kPermuted})->Args({0, 1, kPermuted});
 }
 void slots_alone(benchmark::internal::Benchmark* bench) {
     bench->ArgNames({"long", "utf8", "sel"})->Args({0, 0, kDense})->Args({0, 0, kPermuted});

@@ -27,15 +27,15 @@ struct TextGroup {
     char* text(uint32_t k) const { return space + (len(k) == 0 ? 0 : at[k]); }
 };
 
-// rows.bytes(i) tells the bytes that row i stores, or any number above kLongestText where it is to go by itself;
-// rows.group(group) stores the rows of a group, one at least of which stores bytes, and rows.each(begin, end) rows one by one.
-// Both answer the code of the first that failed.
+// The rows from begin to in front of last. rows.bytes(i) tells the bytes that row i stores, or any number above kLongestText
+// where it is to go by itself; rows.group(group) stores the rows of a group, one at least of which stores bytes, and
+// rows.each(begin, end) rows one by one. Both answer the code of the first that failed.
 template <class Rows>
-int32_t rows_in_groups(const Call& call, const bdta3_col* result, uint32_t nrows, const Rows& rows) {
+int32_t rows_in_groups(const Call& call, const bdta3_col* result, uint32_t begin, uint32_t last, const Rows& rows) {
     TextGroup group;
     group.at[0] = 0;
-    for (uint32_t begin = 0; begin < nrows;) {
-        const uint32_t most = std::min(nrows - begin, TextGroup::kMostRows);
+    while (begin < last) {
+        const uint32_t most = std::min(last - begin, TextGroup::kMostRows);
         uint32_t n = 0;
         uint32_t bytes = 0;
         while (n < most) {
@@ -51,13 +51,18 @@ int32_t rows_in_groups(const Call& call, const bdta3_col* result, uint32_t nrows
         if (n == 0) {
             do {
                 ++end;
-            } while (end < nrows && rows.bytes(end) > TextGroup::kLongestText);
+            } while (end < last && rows.bytes(end) > TextGroup::kLongestText);
         }
         const int32_t code = group.space == nullptr ? rows.each(begin, end) : rows.group(group);
         if (code < 0) return code;
         begin = end;
     }
     return 0;
+}
+
+template <class Rows>
+int32_t rows_in_groups(const Call& call, const bdta3_col* result, uint32_t nrows, const Rows& rows) {
+    return rows_in_groups(call, result, 0, nrows, rows);
 }
 
 }  // namespace bifun

@@ -18,6 +18,8 @@ class Row {
     bdta3_col* result() const { return result_; }
     uint32_t index() const { return index_; }
 
+    bool is_valid() const { return valid_[index_] != 0; }
+
     // The row's element, to be filled in place; stored() marks it as the fixed-width setters do.
     template <class T>
     T& slot() const {

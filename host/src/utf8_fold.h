@@ -85,25 +85,24 @@ inline void fold_longer_characters(const Utf8CaseTable& table, uint8_t* p, size_
 
 #define QZHOST_MASKED_FOLD [[gnu::target("avx512f,avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")]]
 
-inline bool has_masked_fold() { return has_masked_loads() && __builtin_cpu_supports("avx512vbmi2") != 0; }
+[[gnu::visibility("hidden")]] inline const bool kHasMaskedFold = kHasMaskedLoads && __builtin_cpu_supports("avx512vbmi2") != 0;
+inline bool has_masked_fold() { return kHasMaskedFold; }
 
-QZHOST_MASKED_FOLD inline uint64_t bits_below(size_t n) {
-    return _bzhi_u64(~uint64_t{0}, static_cast<unsigned>(std::min(n, kMaskedBlock)));
-}
-
-// One half of the 32 characters of two bytes: what they become, in the same half of targets. All masks are full: gcc 12 takes
-// what the forms without masks leave open for a mistake.
+// One half of the 32 characters of two bytes, count of which there are at least: what they become, in the same half of targets.
+// The other masks are of all, since gcc 12 warns of what the intrinsics without one leave undefined.
 template <int kHalf>
-QZHOST_MASKED_FOLD inline __m512i fold_half(const Utf8CaseTable& table, __m512i characters, __m512i targets) {
+QZHOST_MASKED_FOLD inline __m512i fold_half(const Utf8CaseTable& table, __m512i characters, unsigned count, __m512i targets) {
     constexpr __mmask16 kAll = 0xFFFF;
     constexpr __mmask8 kAllWords = 0xFF;
+    const __mmask16 wanted = static_cast<__mmask16>(_bzhi_u64(kAll, count));
     const __m256i half = _mm512_maskz_extracti64x4_epi64(kAllWords, characters, kHalf);
     const __m256i six_bits = _mm256_and_si256(half, _mm256_set1_epi16(0x3F1F));
     const __m256i numbers = _mm256_maddubs_epi16(six_bits, _mm256_set1_epi16(0x0140));  // 64 times the first, and the second
     const __m512i wide = _mm512_maskz_cvtepu16_epi32(kAll, numbers);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wsign-conversion"  // of the mask, where this is a macro of gcc's
-    const __m512i found = _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), kAll, wide, table.two_bytes(), sizeof(uint16_t));
+    const __m512i found =
+        _mm512_mask_i32gather_epi32(_mm512_setzero_si512(), wanted, wide, table.two_bytes(), sizeof(uint16_t));
 #pragma GCC diagnostic pop
     return _mm512_maskz_inserti64x4(kAllWords, targets, _mm512_maskz_cvtepi32_epi16(kAll, found), kHalf);
 }
@@ -138,27 +137,28 @@ QZHOST_MASKED_FOLD inline void fold_utf8_masked(const Utf8CaseTable& table, uint
     constexpr size_t kWhole = kMaskedBlock - (Utf8::kLongest - 1);  // bytes that begin a whole character
     const __m512i sets_of_leads = _mm512_load_si512(table.sets_of_leads().data());
     const size_t ascii = fold_ascii_blocks<to>(p, n);
-    __m512i next = _mm512_maskz_loadu_epi8(bits_below(n - ascii), p + ascii);
+    __m512i next = load_masked(p + ascii, std::min(n - ascii, kMaskedBlock));
     for (size_t i = ascii;; i += kWhole) {
         const size_t left = n - i;
         const bool last = left <= kMaskedBlock;
         const __m512i bytes = next;
-        if (!last) next = _mm512_maskz_loadu_epi8(bits_below(left - kWhole), p + i + kWhole);
-        const uint64_t taken = bits_below(last ? left : kWhole);
+        if (!last) next = load_masked(p + i + kWhole, std::min(left - kWhole, kMaskedBlock));
+        const uint64_t taken = low_bits(last ? left : kWhole);
 
         uint64_t folded = ascii_letters<to>(bytes) & taken;
         __m512i result = with_other_case(bytes, folded);
 
         const uint64_t high = _mm512_movepi8_mask(bytes);
-        const uint64_t second = _mm512_test_epi8_mask(bytes, _mm512_set1_epi8(0x40));
-        const __m512i sets = _mm512_maskz_permutexvar_epi8(high & second & taken, bytes, sets_of_leads);
-        const uint64_t continuations = high & ~second;
+        const uint64_t leads = _mm512_cmpge_epu8_mask(bytes, _mm512_set1_epi8(static_cast<char>(0xC0)));
+        const __m512i sets = _mm512_maskz_permutexvar_epi8(leads & taken, bytes, sets_of_leads);
+        const uint64_t continuations = high & ~leads;
         const uint64_t two = _mm512_movepi8_mask(sets) & continuations >> 1;
         if (two != 0) {
             const uint64_t both = two | two << 1;
             const __m512i characters = _mm512_maskz_compress_epi8(both, bytes);
-            __m512i targets = fold_half<0>(table, characters, _mm512_setzero_si512());
-            if (std::popcount(two) > 16) targets = fold_half<1>(table, characters, targets);
+            const unsigned count = static_cast<unsigned>(std::popcount(two));
+            __m512i targets = fold_half<0>(table, characters, count, _mm512_setzero_si512());
+            if (count > 16) targets = fold_half<1>(table, characters, count - 16, targets);
             result = _mm512_mask_expand_epi8(result, both, targets);
             folded |= both;
         }

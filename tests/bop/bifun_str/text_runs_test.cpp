@@ -102,7 +102,50 @@ class TextRuns : public testing::Test {
         if (bdta3_str_is_in_local(vector.col()->data, bytes) == 0) host_.mem()->free(host_.env(), host_.mem()->pool, bytes);
     }
 
+    // What the host makes of each text by itself.
+    void check_texts(Packed& texts, bop_fn_a* function, const char* name, std::string (*changed)(std::string)) {
+        SCOPED_TRACE(name);
+        const uint32_t n = texts.rows();
+        for (bdta3_col* const argument : {texts.dense(), texts.selected()}) {
+            const Vector result = Vector::result<Text>(host_, n);
+            ASSERT_EQ(function(host_.env(), host_.mem(), argument, result.col(), n), 0);
+            for (uint32_t i = 0; i < n; ++i) {
+                ASSERT_EQ(result.valid(i) != 0, texts.valid()[i] != 0) << i;
+                if (result.valid(i) == 0) continue;
+                const bdta3_colstr& slot = texts.slots()[i];
+                ASSERT_EQ(result.get<Text>(i), (Text{changed(std::string(slot.bytes, slot.len)), slot.blank})) << i;
+            }
+            for (uint32_t i = 0; i < n; ++i) give_back(result, i);
+        }
+    }
+
+    static std::string upper(std::string text) {
+        qz_mbsupper_ex(text.data(), static_cast<uint32_t>(text.size()));
+        return text;
+    }
+    static std::string lower(std::string text) {
+        qz_mbslower_ex(text.data(), static_cast<uint32_t>(text.size()));
+        return text;
+    }
+    static std::string initcap(std::string text) {
+        text = lower(text);
+        bool in_word = false;
+        for (size_t i = 0; i < text.size();) {
+            const uint32_t step = qz_mb_char_get_len_ex(text.data() + i, static_cast<uint32_t>(text.size() - i));
+            const char c = text[i];
+            const bool small = step == 1 && c >= 'a' && c <= 'z';
+            if (small && !in_word) text[i] = static_cast<char>(c - 'a' + 'A');
+            in_word = small || (step == 1 && c >= '0' && c <= '9');
+            i += step == QZ_MB_NONE ? 1 : step;
+        }
+        return text;
+    }
+
     void compare_all(Packed& texts) {
+        check_texts(texts, bupper_a_str, "bupper_a_str", upper);
+        check_texts(texts, blower_a_str, "blower_a_str", lower);
+        check_texts(texts, bnls_upper_a, "bnls_upper_a", upper);
+        check_texts(texts, binitcap_a_str, "binitcap_a_str", initcap);
         compare<int32_t>(texts, blength_a_str, "blength_a_str");
         compare<int32_t>(texts, blength_space_a_str, "blength_space_a_str");
         compare<Text>(texts, bupper_a_str, "bupper_a_str");
@@ -209,25 +252,28 @@ TEST_F(TextRuns, LongerCharactersOfUtf8) {
     compare_all(texts);
 }
 
-TEST_F(TextRuns, WhereTextsBeginCharacters) {
+TEST_F(TextRuns, EndInFrontOfAContinuation) {
     std::vector<Packed::Row> rows(10, {"\xC3\xA9", 0, true});
     rows[0].valid = rows[9].valid = false;
     rows[4].text = "";
-    const auto begin = [](const std::vector<Packed::Row>& all) {
+    const auto end = [](const std::vector<Packed::Row>& all, bool utf8) {
         Packed texts(all);
-        const bifun::TextRun run = bifun::find_text_run(texts.slots(), texts.valid(), 0, texts.rows());
-        EXPECT_EQ(run.end, 10u);
-        return bifun::texts_begin_utf8_characters(texts.slots(), texts.valid(), run);
+        return utf8 ? bifun::find_text_run<true>(texts.slots(), texts.valid(), 0, 10).end
+                    : bifun::find_text_run<false>(texts.slots(), texts.valid(), 0, 10).end;
     };
-    EXPECT_TRUE(begin(rows));
+    EXPECT_EQ(end(rows, true), 10u);
     for (const char* const first : {"\x7F", "\xC0", "\xFF", ""}) {
         rows[5].text = rows[8].text = first;
-        EXPECT_TRUE(begin(rows)) << first;
+        EXPECT_EQ(end(rows, true), 10u) << first;
     }
     for (const char* const first : {"\x80", "\xBF"}) {
         rows[8].text = first;
-        EXPECT_FALSE(begin(rows)) << first;
+        EXPECT_EQ(end(rows, true), 8u) << first;
+        EXPECT_EQ(end(rows, false), 10u) << first;
     }
+    rows[1].text = "\x80";  // nothing in front of it
+    rows[8].text = "";
+    EXPECT_EQ(end(rows, true), 10u);
 }
 
 TEST_F(TextRuns, EachRowOfARunBeginsAWord) {
@@ -242,36 +288,41 @@ TEST_F(TextRuns, WhatARunIs) {
     rows[0].valid = rows[3].valid = false;
     rows[5].text = "";
     Packed texts(rows);
-    const bifun::TextRun run = bifun::find_text_run(texts.slots(), texts.valid(), 0, texts.rows());
+    const bifun::TextRun run = bifun::find_text_run<false>(texts.slots(), texts.valid(), 0, texts.rows());
     EXPECT_EQ(run.begin, 0u);
     EXPECT_EQ(run.end, 23u);  // 20 texts of 100 bytes, two NULLs and an empty one
     EXPECT_EQ(run.len, 2000u);
     EXPECT_EQ(run.text, texts.slots()[1].bytes);
+    EXPECT_TRUE(run.has_null);
+    Packed no_null(std::vector<Packed::Row>(3, {"", 0, true}));
+    EXPECT_FALSE(bifun::find_text_run<false>(no_null.slots(), no_null.valid(), 0, 3).has_null);
     Packed null(std::vector<Packed::Row>(3, {"", 0, false}));
-    EXPECT_EQ(bifun::find_text_run(null.slots(), null.valid(), 0, 3).len, 0u);
+    EXPECT_EQ(bifun::find_text_run<false>(null.slots(), null.valid(), 0, 3).len, 0u);
     Packed too_long({{std::string(5000, 'x'), 0, true}, {"y", 0, true}});
-    EXPECT_EQ(bifun::find_text_run(too_long.slots(), too_long.valid(), 0, 2).len, 0u);
+    EXPECT_EQ(bifun::find_text_run<false>(too_long.slots(), too_long.valid(), 0, 2).len, 0u);
 }
 
 // Without memory for a run its rows go by themselves, and the first that cannot be stored is told.
 TEST_F(TextRuns, NoMemoryForARun) {
     Packed texts(std::vector<Packed::Row>(30, {"abcdef", 0, true}));
-    for (bop_fn_a* const function : {bupper_a_str, blower_a_str, binitcap_a_str}) {
+    for (bdta3_col* const argument : {texts.dense(), texts.selected()}) {
+        for (bop_fn_a* const function : {bupper_a_str, blower_a_str, binitcap_a_str}) {
+            const Vector result = Vector::result<Text>(host_, 30);
+            host_memory_fail_after(0);
+            const int32_t code = function(host_.env(), host_.mem(), argument, result.col(), 30);
+            host_memory_fail_after(-1);
+            EXPECT_EQ(code, EC_OUT_OF_MEMORY);
+            EXPECT_EQ(print(host_.errors()), "empty");
+            EXPECT_EQ(result.valid(0), 0);
+            EXPECT_TRUE(result.valid_untouched(1));
+        }
         const Vector result = Vector::result<Text>(host_, 30);
         host_memory_fail_after(0);
-        const int32_t code = function(host_.env(), host_.mem(), texts.dense(), result.col(), 30);
+        EXPECT_EQ(bnls_upper_a(host_.env(), host_.mem(), argument, result.col(), 30), 0);
         host_memory_fail_after(-1);
-        EXPECT_EQ(code, EC_OUT_OF_MEMORY);
-        EXPECT_EQ(print(host_.errors()), "empty");
-        EXPECT_EQ(result.valid(0), 0);
-        EXPECT_TRUE(result.valid_untouched(1));
+        EXPECT_EQ(result.col()->all_valid, 0u);
+        for (uint32_t i = 0; i < 30; ++i) EXPECT_EQ(result.valid(i), 0);
     }
-    const Vector result = Vector::result<Text>(host_, 30);
-    host_memory_fail_after(0);
-    EXPECT_EQ(bnls_upper_a(host_.env(), host_.mem(), texts.dense(), result.col(), 30), 0);
-    host_memory_fail_after(-1);
-    EXPECT_EQ(result.col()->all_valid, 0u);
-    for (uint32_t i = 0; i < 30; ++i) EXPECT_EQ(result.valid(i), 0);
 }
 
 }  // namespace
