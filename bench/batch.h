@@ -13,6 +13,7 @@
 #include <cstring>
 #include <numeric>
 #include <random>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -92,6 +93,15 @@ inline constexpr int32_t kHostType<bdta3_colstr> = HOST_STR;
 template <class Record>
 bdta3_scalar* constant(Record& record) {
     return reinterpret_cast<bdta3_scalar*>(&record);
+}
+
+// A constant text of up to 48 bytes.
+inline nstr text_constant(std::string_view text) {
+    nstr constant{};
+    constant.has_value = 1;
+    constant.len = static_cast<uint32_t>(text.size());
+    std::memcpy(constant.nstr_inline, text.data(), text.size());
+    return constant;
 }
 
 class Vector {

@@ -3,15 +3,13 @@
 // 65,536 records, twice: near are dates of the years 1990 to 2030, all are dates of the whole calendar, two fifths of them
 // Julian. The floors are a copy of the records, and the usual arithmetic of a Gregorian calendar without a cut-over, as a
 // caller would write it for one calendar only. Results go to an array of their own.
-#include <benchmark/benchmark.h>
-
 #include <cstdio>
 #include <cstring>
 #include <random>
 #include <string>
 #include <vector>
 
-#include "qzhost/calendar.h"
+#include "bench/date_rows.h"
 #include "qzhost/date_text.h"
 #include "qzhost/interval.h"
 
@@ -63,28 +61,9 @@ void run(benchmark::State& state, Row row) {
 
 // ---- Floors -----------------------------------------------------------------------------------------------------------------
 
-int32_t gregorian_number(const qztime& v) {
-    const int32_t y = v.year - (v.month <= 2);
-    const int32_t era = (y >= 0 ? y : y - 399) / 400;
-    const int32_t year_of_era = y - era * 400;
-    const int32_t day_of_year = (153 * (v.month > 2 ? v.month - 3 : v.month + 9) + 2) / 5 + v.day - 1;
-    return era * 146097 + year_of_era * 365 + year_of_era / 4 - year_of_era / 100 + day_of_year;
-}
-
-void set_gregorian(qztime& v, int32_t number) {
-    const int32_t era = (number >= 0 ? number : number - 146096) / 146097;
-    const int32_t day_of_era = number - era * 146097;
-    const int32_t year_of_era = (day_of_era - day_of_era / 1460 + day_of_era / 36524 - day_of_era / 146096) / 365;
-    const int32_t day_of_year = day_of_era - (365 * year_of_era + year_of_era / 4 - year_of_era / 100);
-    const int32_t month = (5 * day_of_year + 2) / 153;
-    v.day = static_cast<uint8_t>(day_of_year - (153 * month + 2) / 5 + 1);
-    v.month = static_cast<uint8_t>(month < 10 ? month + 3 : month - 9);
-    v.year = static_cast<int16_t>(year_of_era + era * 400 + (v.month <= 2));
-}
-
 CALENDAR_BENCH(BM_floor_copy, r.out[i] = r.values[i]);
-CALENDAR_BENCH(BM_floor_gregorian_number, r.results[i] = gregorian_number(r.values[i]));
-CALENDAR_BENCH(BM_floor_gregorian_date, set_gregorian(r.out[i], r.numbers[i]));
+CALENDAR_BENCH(BM_floor_gregorian_number, r.results[i] = bench::gregorian_number(r.values[i]));
+CALENDAR_BENCH(BM_floor_gregorian_date, bench::set_gregorian(r.out[i], r.numbers[i]));
 
 // ---- Fields, numbers, comparison --------------------------------------------------------------------------------------------
 

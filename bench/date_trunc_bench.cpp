@@ -31,19 +31,10 @@ qztime random_date(std::mt19937_64& random) {
 constexpr auto kNear = random_date<726835, 741444>;                               // 1990 to 2030
 constexpr auto kWhole = random_date<HOST_DAY_MIN + 40000, HOST_DAY_MAX - 40000>;  // also of the centuries around
 
-nstr element_of(const char* word) {
-    nstr element{};
-    element.has_value = 1;
-    element.len = static_cast<uint32_t>(std::strlen(word));
-    std::memcpy(element.nstr_inline, word, element.len);
-    element.nstr_ext = element.nstr_inline;
-    return element;
-}
-
 void BM_element(benchmark::State& state, bop_fn_av* function, const char* word, qztime (*make)(std::mt19937_64&)) {
     Batch<qztime> batch(state);
     const Vector x = batch.of<qztime>(make);
-    nstr element = element_of(word);
+    nstr element = bench::text_constant(word);
     batch.measure(kBytes, [&] {
         return function(batch.env(), batch.rt_mem(), x.col(), bench::constant(element), batch.result(), batch.rows());
     });

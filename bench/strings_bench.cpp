@@ -72,16 +72,8 @@ void BM_concat_aa(benchmark::State& state) {
     });
 }
 
-nstr text_constant(std::string_view text) {
-    nstr constant{};
-    constant.has_value = 1;
-    constant.len = static_cast<uint32_t>(text.size());
-    std::memcpy(constant.nstr_inline, text.data(), text.size());
-    return constant;
-}
-
 void BM_concat_av(benchmark::State& state) {
-    nstr constant = text_constant(" and more");
+    nstr constant = bench::text_constant(" and more");
     measure(state, HOST_STR, [&](const Host& host, const Texts& texts, bdta3_col* result) {
         return bconcat_av_str(host.env(), host.rt_mem(), texts.vector.col(), reinterpret_cast<bdta3_scalar*>(&constant), result,
                               texts.n);

@@ -23,14 +23,6 @@ double random_price(std::mt19937_64& random) { return static_cast<double>(random
 // Of twelve digits mostly, so that the lengths can be guessed.
 int64_t random_account(std::mt19937_64& random) { return static_cast<int64_t>(random()) % 1'000'000'000'000; }
 
-nstr text_constant(std::string_view text) {
-    nstr constant{};
-    constant.has_value = 1;
-    constant.len = static_cast<uint32_t>(text.size());
-    std::memcpy(constant.nstr_inline, text.data(), text.size());
-    return constant;
-}
-
 template <class T, auto kMake, class Run>
 void measure(benchmark::State& state, const Run& run) {
     const Host host;
@@ -54,7 +46,7 @@ void BM_plain(benchmark::State& state) {
 
 template <class T, bop_fn_av* kFunction, auto kMake>
 void BM_format(benchmark::State& state) {
-    nstr format = text_constant("FM999G999G999G999G999G990D00");
+    nstr format = bench::text_constant("FM999G999G999G999G999G990D00");
     format.nstr_ext = format.nstr_inline;
     measure<T, kMake>(state, [&](const Host& host, bdta3_col* x, bdta3_col* result, uint32_t rows) {
         return kFunction(host.env(), host.rt_mem(), x, reinterpret_cast<bdta3_scalar*>(&format), result, rows);
@@ -63,8 +55,8 @@ void BM_format(benchmark::State& state) {
 
 template <class T, bop_fn_avv* kFunction, auto kMake>
 void BM_nls(benchmark::State& state) {
-    nstr format = text_constant("FM999G999G999G999G999G990D00");
-    nstr nls = text_constant("NLS_NUMERIC_CHARACTERS=',.'");
+    nstr format = bench::text_constant("FM999G999G999G999G999G990D00");
+    nstr nls = bench::text_constant("NLS_NUMERIC_CHARACTERS=',.'");
     measure<T, kMake>(state, [&](const Host& host, bdta3_col* x, bdta3_col* result, uint32_t rows) {
         return kFunction(host.env(), host.rt_mem(), x, reinterpret_cast<bdta3_scalar*>(&format),
                          reinterpret_cast<bdta3_scalar*>(&nls), result, rows);

@@ -393,43 +393,36 @@ void apply_locale(const FormatParser& parser, const NumberLocale& locale, xdec_n
     set_currency(parser.currency_element(), locale, format);
 }
 
-}  // namespace
-}  // namespace qzhost
-
-int32_t xdec_to_char_fmt_parse(qz_env*, const char* format, uint32_t format_length, xdec_number_format* parsed) {
-    using namespace qzhost;
-    const int32_t code = check_length(format_length);
+// nls is null where the locale is the default one.
+int32_t parse_format(std::string_view format, const std::string_view* nls, xdec_number_format& parsed) {
+    const int32_t code = check_length(static_cast<uint32_t>(format.size()));
     if (code != 0) {
         return code;
     }
-    *parsed = {};
-    FormatParser parser({format, format_length}, *parsed);
-    if (!parser.parse()) {
-        return EC_INVALID_ARGUMENT;
-    }
-    static constexpr NumberLocale kDefaults;
-    apply_locale(parser, kDefaults, *parsed);
-    return 0;
-}
-
-int32_t xdec_to_char_fmt_parse_with_nls(qz_env*, const char* format, uint32_t format_length, const char* nls,
-                                        uint32_t nls_length, xdec_number_format* parsed) {
-    using namespace qzhost;
-    const int32_t code = check_length(format_length);
-    if (code != 0) {
-        return code;
-    }
-    *parsed = {};
-    FormatParser parser({format, format_length}, *parsed);
+    parsed = {};
+    FormatParser parser(format, parsed);
     if (!parser.parse()) {
         return EC_INVALID_ARGUMENT;
     }
     NumberLocale locale;
-    if (nls_length > XDEC_NLS_MAX_BYTES || parse_nls_parameters({nls, nls_length}, locale) != 0) {
+    if (nls != nullptr && (nls->size() > XDEC_NLS_MAX_BYTES || parse_nls_parameters(*nls, locale) != 0)) {
         return EC_NLS_PARAMETER_INVALID;
     }
-    apply_locale(parser, locale, *parsed);
+    apply_locale(parser, locale, parsed);
     return 0;
+}
+
+}  // namespace
+}  // namespace qzhost
+
+int32_t xdec_to_char_fmt_parse(qz_env*, const char* format, uint32_t format_length, xdec_number_format* parsed) {
+    return qzhost::parse_format({format, format_length}, nullptr, *parsed);
+}
+
+int32_t xdec_to_char_fmt_parse_with_nls(qz_env*, const char* format, uint32_t format_length, const char* nls,
+                                        uint32_t nls_length, xdec_number_format* parsed) {
+    const std::string_view parameters(nls, nls_length);
+    return qzhost::parse_format({format, format_length}, &parameters, *parsed);
 }
 
 int32_t qztime_dt_fmt_is_for_xdec_and_date(const xdec_number_format* parsed) {

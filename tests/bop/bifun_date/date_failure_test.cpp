@@ -13,6 +13,7 @@
 #include "qzbifun/qzbifun.h"
 #include "qzhost/control.h"
 #include "tests/bop/bifun_date/dates.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -233,28 +234,15 @@ TEST(DateFailure, NamesStoreTheFlagInFrontOfTheRows) {
 
 // ---- The log ----------------------------------------------------------------------------------------------------------------
 
-struct Line {
-    int32_t code;
-    std::string file;  // without its folder
-    bool operator==(const Line&) const = default;
-};
-void PrintTo(const Line& line, std::ostream* out) { *out << line.code << " in " << line.file; }
+using Lines = std::vector<support::LogLine>;
 
 // What the log is told while a call runs.
 template <class Call>
-std::vector<Line> logged(const Call& call) {
-    std::vector<Line> lines;
-    const auto keep = [](void* context, int32_t code, const char* file, int32_t) {
-        const std::string path(file);
-        static_cast<std::vector<Line>*>(context)->push_back({code, path.substr(path.find_last_of('/') + 1)});
-    };
-    host_log_set_sink(keep, &lines);
+Lines logged(const Call& call) {
+    const support::LogLines log;
     call();
-    host_log_set_sink(nullptr, nullptr);
-    return lines;
+    return log.lines();
 }
-
-using Lines = std::vector<Line>;
 
 TEST(DateLog, IsToldOfWeekStartsThatFail) {
     int32_t weekday = 0;
@@ -313,7 +301,8 @@ TEST(DateLog, IsToldOfTextsThatFailToRound) {
     const Lines too_large = {{EC_DATA_OVERFLOW, "trunc_round_text.cpp"}};
     EXPECT_EQ(by(btrunc_dt_str_low, "x", 1), no_date);
     EXPECT_EQ(by(ifun_round_dt_str_low, "x", 1), no_date);
-    EXPECT_EQ(by(ifun_round_dt_str_low, "9999-12-31 12:00", 1).back(), (Line{EC_DATE_VALUE_INVALID, "trunc_round_text.cpp"}));
+    EXPECT_EQ(by(ifun_round_dt_str_low, "9999-12-31 12:00", 1).back(),
+              (support::LogLine{EC_DATE_VALUE_INVALID, "trunc_round_text.cpp"}));
     EXPECT_EQ(by(btrunc_dec_str_low, "x", int64_t{1}), no_number);
     EXPECT_EQ(by(ifun_round_dec_str_low, "x", int64_t{1}), no_number);
     EXPECT_EQ(by(ifun_round_dec_str_low, "9.5e125", int64_t{-125}), too_large);

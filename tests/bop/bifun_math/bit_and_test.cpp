@@ -14,6 +14,7 @@
 #include "tests/support/differential.h"
 #include "tests/support/guarded.h"
 #include "tests/support/host.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/test_seed.h"
 #include "tests/support/vector.h"
 
@@ -167,30 +168,17 @@ TEST(BitAnd, AnyThirtyBytesAreReadInside) {
     }
 }
 
-struct LogLine {
-    int32_t code;
-    std::string file;
-};
-
-void keep(void* lines, int32_t code, const char* file, int32_t) {
-    static_cast<std::vector<LogLine>*>(lines)->push_back({code, file});
-}
-
 TEST(BitAnd, ARowThatIsTooLongIsLoggedAndPushedNowhere) {
     support::Host host;
     const support::Vector x = support::Vector::of<xdec>(host, {decimal("1e40")});
     for (const char* const other : {"5", "-5", "18446744073709551616"}) {
         support::Constant y = support::Constant::of(decimal(other));
         const support::Vector result = support::Vector::result<xdec>(host, 1);
-        std::vector<LogLine> log;
-        host_log_set_sink(keep, &log);
+        const support::LogLines log;
         const int32_t code = bbit_and_for_dec_av(host.env(), host.mem(), x.col(), y.scalar(), result.col(), 1);
-        host_log_set_sink(nullptr, nullptr);
         EXPECT_EQ(code, EC_DATA_OVERFLOW);
         EXPECT_EQ(print(host.errors()), "empty");
-        ASSERT_EQ(log.size(), 1u) << other;
-        EXPECT_EQ(log[0].code, EC_DATA_OVERFLOW);
-        EXPECT_TRUE(log[0].file.ends_with("bit_and.cpp")) << log[0].file;
+        EXPECT_EQ(log.lines(), (std::vector<support::LogLine>{{EC_DATA_OVERFLOW, "bit_and.cpp"}})) << other;
         EXPECT_EQ(result.valid(0), 1);
         EXPECT_TRUE(result.value_untouched(0));
     }

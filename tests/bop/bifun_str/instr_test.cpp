@@ -11,6 +11,7 @@
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
 #include "tests/support/host.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -186,11 +187,6 @@ TEST_F(Instr, NullConstantsAreTheValuesThatTheirRecordsHold) {
 // ---- Memory that is not there -----------------------------------------------------------------------------------------------
 
 TEST_F(Instr, ATextThatCannotBeWrittenOutIsReportedInThreeWays) {
-    struct Log {
-        static void keep(void* context, int32_t code, const char*, int32_t) {
-            static_cast<std::vector<int32_t>*>(context)->push_back(code);
-        }
-    };
     std::vector<int32_t> log;
     const Vector text = texts({Text{"ab", 0}});
     Constant pattern = text_constant("b");
@@ -198,10 +194,9 @@ TEST_F(Instr, ATextThatCannotBeWrittenOutIsReportedInThreeWays) {
     Constant one = number(1);
     const auto code_of = [&](auto* function, int64_t n) {
         const Vector result = results(1);
-        log.clear();
-        host_log_set_sink(Log::keep, &log);
+        const support::LogLines lines;
         const int32_t code = exhausted(n, function, result, text.col(), pattern.scalar(), back.scalar(), one.scalar());
-        host_log_set_sink(nullptr, nullptr);
+        log = lines.codes();
         EXPECT_EQ(result.valid(0), 0);
         EXPECT_EQ(result.get<int32_t>(0), 0);
         EXPECT_EQ(stack(), "empty");

@@ -14,6 +14,7 @@
 #include "qzhost/lob.h"
 #include "qzhost/string_value.h"
 #include "tests/support/host.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/text_at_page_end.h"
 
 namespace {
@@ -33,8 +34,7 @@ struct Read {
     std::optional<std::string> data;  // none: out_data is NULL
     uint32_t len = 0;
     std::string stack;
-    size_t log_lines = 0;
-    std::string log_file;
+    std::vector<support::LogLine> log;
 };
 
 class LobRead : public testing::Test {
@@ -73,9 +73,9 @@ class LobRead : public testing::Test {
         char nothing;
         char* data = &nothing;
         uint32_t len = 12345;
-        host_log_set_sink(keep, &result);
+        const support::LogLines log;
         result.code = call(&data, &len);
-        host_log_set_sink(nullptr, nullptr);
+        result.log = log.lines();
         result.len = len;
         result.stack = print(host_.errors());
         if (data == nullptr) {
@@ -113,16 +113,11 @@ class LobRead : public testing::Test {
             [&](char** data, uint32_t* len) { return bjson_get_data_inner(host_.env(), host_.mem(), &slot, 1, data, len); });
     }
 
-    static void keep(void* read, int32_t, const char* file, int32_t) {
-        ++static_cast<Read*>(read)->log_lines;
-        static_cast<Read*>(read)->log_file = file;
-    }
-
     static void expect_data(const Read& read, const std::string& data) {
         EXPECT_EQ(read.code, 0);
         EXPECT_EQ(read.data, data);
         EXPECT_EQ(read.stack, "empty");
-        EXPECT_EQ(read.log_lines, 0u);
+        EXPECT_TRUE(read.log.empty());
     }
     // has_block: the caller has a block to give back.
     static void expect_failure(const Read& read, int32_t code, const std::string& stack, bool has_block = false) {
@@ -239,11 +234,10 @@ TEST_F(LobRead, AFailedLookUpLeavesTheBlockToTheCallerOfTheSlotReaderAlone) {
         const std::string locator = make(storage, "value");
         const Read value = by_value(locator);
         expect_failure(value, -4711, "empty");
-        EXPECT_EQ(value.log_lines, 0u);
+        EXPECT_TRUE(value.log.empty());
         for (const Read& slot : {by_slot(locator), json_of(locator)}) {
             expect_failure(slot, -4711, "empty", true);
-            EXPECT_EQ(slot.log_lines, 1u);
-            EXPECT_TRUE(slot.log_file.ends_with("lob_read.cpp")) << slot.log_file;
+            EXPECT_EQ(slot.log, (std::vector<support::LogLine>{{-4711, "lob_read.cpp"}}));
         }
     }
 }
@@ -255,7 +249,7 @@ TEST_F(LobRead, AFailedReadGivesTheBlockBack) {
         for (const Read& read :
              {by_value(locator), by_value(locator, kBytes), by_slot(locator), by_slot(locator, kBytes), json_of(locator)}) {
             expect_failure(read, -4712, "empty");
-            EXPECT_EQ(read.log_lines, 0u);
+            EXPECT_TRUE(read.log.empty());
         }
     }
 }

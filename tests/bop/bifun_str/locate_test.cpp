@@ -11,6 +11,7 @@
 #include "qzhost/lob.h"
 #include "tests/bop/bifun_str/plain_text.h"
 #include "tests/support/differential.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -18,11 +19,11 @@ namespace {
 using plain::Characters;
 using plain::Charset;
 using plain::InCharset;
-using plain::LogLines;
 using support::Cell;
 using support::Constant;
 using support::Differential;
 using support::Host;
+using support::LogLines;
 using support::Random;
 using support::Rules;
 using support::Text;

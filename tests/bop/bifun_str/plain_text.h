@@ -91,22 +91,4 @@ class InCharset {
     support::Parameters parameters_;
 };
 
-// Counts the lines of the log while it lives.
-class LogLines {
-  public:
-    LogLines() { host_log_set_sink(keep, this); }
-    ~LogLines() { host_log_set_sink(nullptr, nullptr); }
-    LogLines(const LogLines&) = delete;
-    LogLines& operator=(const LogLines&) = delete;
-
-    const std::vector<int32_t>& codes() const { return codes_; }
-
-  private:
-    static void keep(void* context, int32_t code, const char*, int32_t) {
-        static_cast<LogLines*>(context)->codes_.push_back(code);
-    }
-
-    std::vector<int32_t> codes_;
-};
-
 }  // namespace plain

@@ -9,6 +9,7 @@
 #include "qzbifun/qzbifun.h"
 #include "tests/bop/bifun_str/plain_text.h"
 #include "tests/support/differential.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/vector.h"
 
 namespace {
@@ -16,10 +17,10 @@ namespace {
 using plain::Characters;
 using plain::Charset;
 using plain::InCharset;
-using plain::LogLines;
 using support::Constant;
 using support::Differential;
 using support::Host;
+using support::LogLines;
 using support::Random;
 using support::Rules;
 using support::Text;

@@ -9,12 +9,15 @@
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
 #include "tests/support/host.h"
+#include "tests/support/log_lines.h"
 #include "tests/support/vector.h"
 
 namespace {
 
 using support::Constant;
 using support::Host;
+using support::LogLine;
+using support::LogLines;
 using support::Text;
 using support::Vector;
 
@@ -85,27 +88,14 @@ TEST_F(StringBasics, NlsUpperGoesOnWithoutMemory) {
     host_.mem()->free(host_.env(), host_.mem()->pool, result.slot(1).bytes);
 }
 
-struct LogLine {
-    int32_t code;
-    std::string file;
-};
-
-void keep(void* lines, int32_t code, const char* file, int32_t) {
-    static_cast<std::vector<LogLine>*>(lines)->push_back({code, file});
-}
-
 TEST_F(StringBasics, AReversalThatFailsIsLoggedAndPushedNowhere) {
     const Vector a = texts({Text{"ab", 0}, Text{"a\xFF", 0}, Text{"c", 0}});
     const Vector result = Vector::result<Text>(host_, 3);
-    std::vector<LogLine> log;
-    host_log_set_sink(keep, &log);
+    const LogLines log;
     const int32_t code = breverse_a_str(host_.env(), host_.mem(), a.col(), result.col(), 3);
-    host_log_set_sink(nullptr, nullptr);
     EXPECT_EQ(code, EC_CHAR_INVALID);
     EXPECT_EQ(print(host_.errors()), "empty");
-    ASSERT_EQ(log.size(), 1u);
-    EXPECT_EQ(log[0].code, EC_CHAR_INVALID);
-    EXPECT_TRUE(log[0].file.ends_with("reverse.cpp")) << log[0].file;
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{{EC_CHAR_INVALID, "reverse.cpp"}}));
     EXPECT_EQ(result.get<Text>(0), (Text{"ba", 0}));
     EXPECT_EQ(result.valid(1), 0);
     EXPECT_TRUE(result.valid_untouched(2));
