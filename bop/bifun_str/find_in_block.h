@@ -22,30 +22,33 @@ inline void find_in_block(const instr_search_ctx& ctx, uint32_t* positions, uint
 
 enum class EmptyText : uint8_t { kIsNull, kIsSearched };
 
+// Whether a row is NULL or, by its length and blanks, empty. Those of NULL rows may count.
+template <EmptyText kEmpty>
+bool some_may_be_null(const TextBlock& texts, uint32_t n) {
+    uint8_t null = 0;
+    for (uint32_t i = 0; i < n; ++i) null = static_cast<uint8_t>(null | (texts.valid[i] == 0));
+    if constexpr (kEmpty == EmptyText::kIsSearched) return null != 0;
+    uint64_t empty = 0;
+    for (uint32_t i = 0; i < n; ++i) empty |= (texts.values[i].len | texts.values[i].blank) == 0;
+    return (null | empty) != 0;
+}
+
 // Stores the positions of n rows from begin on, and their valid bytes: as they are where an empty text turns its row NULL, and 1
 // where it does not. The elements of NULL rows stay as they were.
 template <EmptyText kEmpty>
 void store_positions(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& texts, const uint32_t* positions) {
     uint8_t* const valid = out.valid + begin;
     int32_t* const values = static_cast<int32_t*>(out.values) + begin;
-    bool some_null = false;
-    bool some_empty = false;
-    for (uint32_t i = 0; i < n; ++i) {
-        const uint8_t byte = texts.valid[i];
-        uint8_t kept = byte != 0;
-        if constexpr (kEmpty == EmptyText::kIsNull) {
-            kept = (texts.values[i].len | texts.values[i].blank) == 0 ? uint8_t{0} : byte;
-            some_empty |= kept != byte;
-        }
-        some_null |= kept == 0;
-        valid[i] = kept;
-    }
-    if (some_empty) out.result->all_valid = 0;
-    if (!some_null) {
+    for (uint32_t i = 0; i < n; ++i) valid[i] = kEmpty == EmptyText::kIsNull ? texts.valid[i] : texts.valid[i] != 0;
+    if (!some_may_be_null<kEmpty>(texts, n)) {
         std::memcpy(values, positions, n * sizeof *values);
         return;
     }
     for (uint32_t i = 0; i < n; ++i) {
+        if (kEmpty == EmptyText::kIsNull && valid[i] != 0 && (texts.values[i].len | texts.values[i].blank) == 0) {
+            valid[i] = 0;
+            out.result->all_valid = 0;
+        }
         const int32_t held = values[i];
         values[i] = valid[i] != 0 ? static_cast<int32_t>(positions[i]) : held;
     }

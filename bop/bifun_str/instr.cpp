@@ -2,7 +2,8 @@
 //
 // A constant pattern is prepared once a batch. How it is searched for:
 //
-//   without a start, or with start and occurrence 1     Boyer-Moore; blanks are looked at around a hit
+//   without a start, or with start and occurrence 1     Boyer-Moore; blanks are looked at around a hit. A block of rows at once
+//                                                       when there are none to look at and case is heeded
 //   from a start, up to 31 stored bytes and blanks      shift-or, hit by hit
 //   instrb from the end, up to 31 bytes written out     shift-or
 //   all else                                            Boyer-Moore

@@ -1,3 +1,5 @@
+#include "host/src/character_positions.h"
+
 #include <algorithm>
 
 #include "host/src/character_walk.h"
@@ -15,6 +17,18 @@ template <class Set>
 void count_in_front(uint32_t& position, const bdta3_colstr& text) {
     position = static_cast<uint32_t>(count_characters<Set>(bytes_of(text.bytes), position - 1)) + 1;
 }
+
+#ifdef QZHOST_VECTOR_BYTES
+template <>
+void count_in_front<Utf8>(uint32_t& position, const bdta3_colstr& text) {
+    const uint8_t* const bytes = bytes_of(text.bytes);
+    size_t counted = kNotCounted;
+    if (SpreadBlocks::takes(text.len)) counted = count_utf8_in_front(bytes, text.len, position - 1);
+    if (counted == kNotCounted) [[unlikely]]
+        counted = count_characters<Utf8>(bytes, position - 1);
+    position = static_cast<uint32_t>(counted) + 1;
+}
+#endif
 
 template <class Set>
 void count_in_front_of_each(uint32_t* positions, uint32_t n, const bdta3_colstr* texts) {

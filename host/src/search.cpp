@@ -236,8 +236,8 @@ inline int32_t answer(uint32_t position, uint32_t* out_pos) {
 // The pattern begins as characters do, so that every place counts.
 inline uint32_t find_any(const Search& search) {
 #ifdef QZHOST_MASKED_LOADS
-    const size_t count = number_of_places(search.text_len, search.pattern_len);
-    if (takes_masked(count, search.pattern_len, search.occurrence) && has_masked_loads()) {
+    if (search.pattern_len <= kMaskedPattern && has_masked_loads()) {
+        const size_t count = number_of_places(search.text_len, search.pattern_len);
         return find_masked(search.text, count, search.pattern, search.pattern_len, search.occurrence);
     }
 #endif
@@ -276,23 +276,14 @@ void find_in_each_text(uint32_t* positions, uint32_t n, const bdta3_colstr* text
 }
 
 #ifdef QZHOST_MASKED_LOADS
-// Up to PickedRows::kMost texts, and a pattern that begins as characters do.
-void find_masked(uint32_t* positions, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid, const Search& pattern) {
+// For a pattern that begins as characters do.
+void find_in_texts_masked(uint32_t* positions, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid,
+                          const Search& pattern) {
     const size_t m = pattern.pattern_len;
-    const auto find = [&]<size_t kBytes>() {
-        return find_masked_in_each<kBytes>(positions, n, texts, valid, pattern.pattern, m);
-    };
-    const bool some_are_long = m == 1   ? find.template operator()<1>()
-                               : m == 2 ? find.template operator()<2>()
-                                        : find.template operator()<kMostProbed>();
-    if (m > kMostProbed) check_masked_in_each(positions, n, texts, pattern.pattern, m);
-    if (!some_are_long) return;
-    for (uint32_t i = 0; i < n; ++i) {
-        if (valid[i] == 0 || number_of_places(texts[i].len, m) <= kMaskedPlaces) continue;
-        Search search = pattern;
-        search.text = bytes_of(texts[i].bytes);
-        search.text_len = texts[i].len;
-        positions[i] = find_occurrence(search, AnyStart{});
+    const auto find = m == 1 ? find_masked_in_texts<1> : m == 2 ? find_masked_in_texts<2> : find_masked_in_texts<kMostProbed>;
+    for (uint32_t begin = 0; begin < n; begin += PickedRows::kMost) {
+        const uint32_t left = std::min(PickedRows::kMost, n - begin);
+        find(positions + begin, {texts + begin, valid + begin, left}, pattern.pattern, m);
     }
 }
 #endif
@@ -325,10 +316,7 @@ void host_find_in_texts(uint32_t* positions, uint32_t n, const bdta3_colstr* tex
 #ifdef QZHOST_MASKED_LOADS
     const bool is_plain = with_server_charset([&]<class Set>(Set) { return Set::always_begins(search.pattern[0]); });
     if (is_plain && pattern_len <= kMaskedPattern && has_masked_loads()) {
-        for (uint32_t begin = 0; begin < n; begin += PickedRows::kMost) {
-            find_masked(positions + begin, std::min(PickedRows::kMost, n - begin), texts + begin, valid + begin, search);
-        }
-        return;
+        return find_in_texts_masked(positions, n, texts, valid, search);
     }
 #endif
     find_in_each_text(positions, n, texts, valid, search);

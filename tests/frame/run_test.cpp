@@ -619,6 +619,59 @@ TEST(FrameForms, KernelIsPreparedOnce) {
     }
 }
 
+// A worker that does many rows at once, but for blocks in which a valid value is below a bound.
+struct ManyRows {
+    static constexpr Rules rules{};
+    static constexpr double kLeast = 5;
+
+    Code row(Row out, double x, double y) const { return out.put(x - y); }
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const frame::BlockView<double>& x,
+              const Constant<double>& y) {
+        sizes.push_back(n);
+        for (uint32_t i = 0; i < n; ++i) {
+            if (x.valid_at(i) != 0 && x.value_at(i) < kLeast) return false;
+        }
+        for (uint32_t i = 0; i < n; ++i) {
+            out.valid[begin + i] = x.valid_at(i) != 0;
+            if (x.valid_at(i) != 0) static_cast<double*>(out.values)[begin + i] = x.value_at(i) + y.value;
+        }
+        return true;
+    }
+
+    static inline std::vector<uint32_t> sizes;
+};
+
+TEST(FrameForms, BlocksThatAWorkerLeavesAloneGoRowByRow) {
+    const uint32_t nrows = 2 * frame::kBlockRows + 3;
+    for (const bool has_selection : {false, true}) {
+        std::vector<double> values(nrows, 7.0);
+        std::vector<uint8_t> valid(nrows, 9);
+        std::vector<uint16_t> sel(nrows);
+        for (uint32_t i = 0; i < nrows; ++i) sel[i] = static_cast<uint16_t>(nrows - 1 - i);
+        // Logical rows: one below the bound in the second block, one that is NULL in each.
+        const auto physical = [&](uint32_t i) { return has_selection ? sel[i] : i; };
+        values[physical(frame::kBlockRows + 8)] = 1.0;
+        for (const uint32_t i : {2u, frame::kBlockRows + 2, nrows - 1}) {
+            valid[physical(i)] = 0;
+            values[physical(i)] = 0.0;
+        }
+        bdta3_coldata data{valid.data(), values.data(), nullptr};
+        bdta3_col x{0, has_selection ? sel.data() : nullptr, &data};
+        bdta3_double y{1, 3.0};
+        Result result(nrows);
+        ManyRows::sizes.clear();
+        ASSERT_EQ(run<ManyRows>(Call{}, &result.col, nrows, &x, scalar_of(y)), 0);
+        EXPECT_EQ(ManyRows::sizes, (std::vector<uint32_t>{frame::kBlockRows, frame::kBlockRows, 3}));
+        for (uint32_t i = 0; i < nrows; ++i) {
+            const bool by_row = i / frame::kBlockRows == 1;
+            const double value = values[physical(i)];
+            ASSERT_EQ(result.valid[i], valid[physical(i)] == 0 ? 0 : 1) << i;
+            ASSERT_EQ(result.values[i], valid[physical(i)] == 0 ? kHeld : by_row ? value - 3.0 : value + 3.0) << i;
+        }
+        EXPECT_EQ(result.values[nrows], kHeld);
+    }
+}
+
 // A selection reaches all rows that a row number can name.
 TEST(FrameForms, SelectionOfAllRowNumbers) {
     const uint32_t nrows = 65536;
