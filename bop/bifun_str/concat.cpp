@@ -20,9 +20,13 @@ struct Joint {
     uint32_t written;
 
     Joint(const Nullable<Text>& first, const Nullable<Text>& second)
-        : a(first.valid != 0 ? first.value : Text{}),
-          b(second.valid != 0 ? second.value : Text{}),
-          written(b.len != 0 ? a.blank : 0) {}
+        : a(of(first)), b(of(second)), written(b.len != 0 ? a.blank : 0) {}
+
+    // Without a branch on the row.
+    static Text of(const Nullable<Text>& operand) {
+        const uint32_t present = operand.valid != 0 ? ~0u : 0u;
+        return {operand.value.bytes, operand.value.len & present, operand.value.blank & present};
+    }
 
     uint64_t len() const { return uint64_t{a.len} + written + b.len; }
     uint64_t blank() const { return uint64_t{a.blank - written} + b.blank; }
