@@ -3,6 +3,7 @@
 // What is empty differs from one to the next, and with it the rows that come out NULL: for length a string without stored
 // bytes, though it have blanks, for lengthb and length_space one without either; bitlength of it is 0. The compatibility modes
 // in which an empty string has the length 0 differ too.
+#include <algorithm>
 #include <cstring>
 #include <initializer_list>
 
@@ -54,33 +55,62 @@ struct LengthRow {
         empty_is_null = !Kind::zero_for_empty();
         return Start::rows();
     }
-    Code row(Row out, const Text& text) const { return put(out, qz_mbstrlen_ex(text.bytes, text.len), text); }
-    Code put(Row out, uint32_t characters, const Text& text) const {
+    Code row(Row out, const Text& text) const {
         if (empty_is_null && Kind::is_empty(text)) return out.set_null();
-        return out.put(Kind::length(characters, text));
+        return out.put(Kind::length(qz_mbstrlen_ex(text.bytes, text.len), text));
+    }
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const frame::BlockView<Text>& texts) const {
+        uint32_t counts[frame::kBlockRows];
+        host_count_characters(counts, n, texts.values, texts.valid);
+        store(out, begin, n, texts, [&](uint32_t i) { return counts[i]; });
+        return true;
+    }
+
+    // n rows from begin on, of so many characters.
+    template <class Count>
+    void store(const frame::Output& out, uint32_t begin, uint32_t n, const frame::BlockView<Text>& texts, Count&& count) const {
+        uint8_t* const valid = out.valid + begin;
+        int32_t* const values = static_cast<int32_t*>(out.values) + begin;
+        uint32_t present = 0;
+        uint32_t kept = 0;
+        for (uint32_t i = 0; i < n; ++i) {
+            const uint8_t was = texts.valid[i] != 0;
+            valid[i] = was & !(empty_is_null & Kind::is_empty(texts.value_at(i)));
+            present += was;
+            kept += valid[i];
+        }
+        if (kept != present) out.result->all_valid = 0;
+        if (kept == n) {
+            for (uint32_t i = 0; i < n; ++i) values[i] = Kind::length(count(i), texts.value_at(i));
+            return;
+        }
+        for (uint32_t i = 0; i < n; ++i) {
+            if (valid[i] != 0) values[i] = Kind::length(count(i), texts.value_at(i));
+        }
     }
 };
 
 // In a run of single bytes the characters need not be counted.
 template <class Kind>
 struct LengthRows {
-    const Call& call;
     frame::Output out;
     DenseVector<Text> texts;
     LengthRow<Kind> worker;
 
-    bool run(const TextRun& run) {
-        for (uint32_t i = run.begin; i < run.end; ++i) {
-            out.valid[i] = texts.valid_at(i) != 0;
-            if (out.valid[i] == 0) continue;
-            const Text text = texts.value_at(i);
-            (void)worker.put(Row(call, out.result, out.valid, out.values, i), text.len, text);
-        }
+    bool run(const TextRun& run) const {
+        const auto view = block(run.begin);
+        worker.store(out, run.begin, run.end - run.begin, view, [&](uint32_t i) { return view.values[i].len; });
         return true;
     }
-    int32_t each(uint32_t begin, uint32_t end) {
-        return frame::each_row<LengthRow<Kind>>(worker, call, out, begin, end, texts);
+    int32_t each(uint32_t begin, uint32_t end) const {
+        for (; begin < end; begin += frame::kBlockRows) {
+            (void)worker.many(out, begin, std::min(end - begin, frame::kBlockRows), block(begin));
+        }
+        return 0;
     }
+
+  private:
+    frame::BlockView<Text> block(uint32_t begin) const { return {texts.values + begin, texts.valid + begin}; }
 };
 
 template <class Kind>
@@ -90,7 +120,7 @@ struct LengthInCharacters {
         result->all_valid = text->all_valid;
         using Rows = LengthRows<Kind>;
         return rows_by_runs<RunOf::kSingleBytes>(
-            text, nrows, Rows{call, frame::Output(result), DenseVector<Text>(*text), {!Kind::zero_for_empty()}});
+            text, nrows, Rows{frame::Output(result), DenseVector<Text>(*text), {!Kind::zero_for_empty()}});
     }
 };
 

@@ -203,30 +203,44 @@ struct Locate {
     TextSource text_source;
 };
 
-// A column of texts. Those that are written out as they stand are searched a block at a time.
-struct LocateVa : Locate<ConstantText, VectorText> {
-    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>& constant,
-              const TextBlock& texts) const {
-        const Text& pattern = constant.value;
-        if (pattern.len == 0 || pattern.blank != 0 || some_are_to_be_written_out(texts, n)) return false;
-        uint32_t positions[frame::kBlockRows];
-        host_find_in_texts(positions, n, texts.values, texts.valid, pattern.bytes, pattern.len, nullptr, nullptr);
-        host_characters_of_positions(positions, n, texts.values);
-        store_positions<EmptyText::kIsSearched>(out, begin, n, texts, positions);
-        return true;
+// A column of texts and a constant pattern, from some character on: the rows of a block together, where nothing has to be
+// written out. Answers whether it did them.
+bool locate_in_block(const frame::Output& out, uint32_t begin, uint32_t n, const Text& pattern, const TextBlock& texts,
+                     int32_t start) {
+    uint32_t blanks = pattern.blank;
+    for (uint32_t i = 0; i < n; ++i) blanks |= texts.valid[i] == 0 ? 0 : texts.values[i].blank;
+    if (pattern.len == 0 || blanks != 0 || start <= 0) return false;
+    bdta3_colstr rests[frame::kBlockRows];
+    const bdta3_colstr* searched = texts.values;
+    const uint32_t passed = static_cast<uint32_t>(start) - 1;
+    if (passed != 0) {
+        host_pass_characters(rests, n, texts.values, texts.valid, passed);
+        searched = rests;
     }
+    uint32_t positions[frame::kBlockRows];
+    host_find_in_texts(positions, n, searched, texts.valid, pattern.bytes, pattern.len, nullptr, nullptr);
+    host_characters_of_positions(positions, n, searched);
+    for (uint32_t i = 0; i < n; ++i) positions[i] += positions[i] == 0 ? 0 : passed;
+    store_positions<EmptyText::kIsSearched>(out, begin, n, texts, positions);
+    return true;
+}
 
-  private:
-    static bool some_are_to_be_written_out(const TextBlock& texts, uint32_t n) {
-        uint32_t blanks = 0;
-        for (uint32_t i = 0; i < n; ++i) blanks |= texts.valid[i] == 0 ? 0 : texts.values[i].blank;
-        return blanks != 0;
+struct LocateFromVa : LocateFrom<ConstantText, VectorText> {
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>& pattern, const TextBlock& texts,
+              const Constant<int32_t>& start) const {
+        return locate_in_block(out, begin, n, pattern.value, texts, start.value);
+    }
+};
+
+struct LocateVa : Locate<ConstantText, VectorText> {
+    bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>& pattern,
+              const TextBlock& texts) const {
+        return locate_in_block(out, begin, n, pattern.value, texts, 1);
     }
 };
 
 using LocateFromAa = LocateFrom<VectorText, VectorText>;
 using LocateFromAv = LocateFrom<VectorText, ConstantText>;
-using LocateFromVa = LocateFrom<ConstantText, VectorText>;
 using LocateAa = Locate<VectorText, VectorText>;
 using LocateAv = Locate<VectorText, ConstantText>;
 

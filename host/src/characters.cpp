@@ -47,6 +47,44 @@ uint32_t qz_mbstrlen_ex(const char* text, uint32_t len) {
 
 namespace {
 
+template <class Set>
+void count_in_each(uint32_t* counts, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid) {
+    for (uint32_t i = 0; i < n; ++i) {
+        const size_t len = valid[i] == 0 ? 0 : texts[i].len;
+        counts[i] = static_cast<uint32_t>(count_characters<Set>(bytes_of(texts[i].bytes), len));
+    }
+}
+
+#ifdef QZHOST_MASKED_LOADS
+// Texts that the planes do not tell are counted behind the others: a call among them would cost all of them their registers.
+QZHOST_MASKED void count_in_each_by_planes(uint32_t* counts, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid) {
+    constexpr uint32_t kUntold = static_cast<uint32_t>(kNotTold);
+    bool some_untold = false;
+    for (uint32_t i = 0; i < n; ++i) {
+        const size_t len = valid[i] == 0 ? 0 : texts[i].len;
+        // A load of nothing takes long all the same where it meets no memory.
+        const void* const text = len == 0 ? static_cast<const void*>(counts) : texts[i].bytes;
+        counts[i] = static_cast<uint32_t>(count_short_utf8(static_cast<const uint8_t*>(text), len));
+        some_untold |= counts[i] == kUntold;
+    }
+    if (!some_untold) return;
+    for (uint32_t i = 0; i < n; ++i) {
+        if (counts[i] == kUntold) counts[i] = count_doubtful(texts[i].bytes, texts[i].len);
+    }
+}
+#endif
+
+}  // namespace
+
+void host_count_characters(uint32_t* counts, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid) {
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) return count_in_each_by_planes(counts, n, texts, valid);
+#endif
+    with_server_charset([&]<class Set>(Set) { count_in_each<Set>(counts, n, texts, valid); });
+}
+
+namespace {
+
 // Positions fit a signed 32-bit number: nobody has an array with room for a text of 2^31 bytes.
 int32_t position_of(size_t index) { return static_cast<int32_t>(index + 1); }
 
@@ -285,6 +323,57 @@ const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* 
         return pass_sound_by_planes(text, len, n, out_rest);
 #endif
     return pass_sound_by_charset(text, len, n, out_rest);
+}
+
+namespace {
+
+template <class Set>
+void pass_in(bdta3_colstr& rest, const bdta3_colstr& text, uint32_t n) {
+    rest = {0, 0, nullptr};
+    // It is the text's own storage that is answered.
+    rest.bytes = const_cast<char*>(pass_sound_characters<Set>(text.bytes, text.len, n, &rest.len));
+}
+
+template <class Set>
+void pass_in_each(bdta3_colstr* rests, uint32_t rows, const bdta3_colstr* texts, const uint8_t* valid, uint32_t n) {
+    for (uint32_t i = 0; i < rows; ++i) {
+        rests[i] = {0, 0, nullptr};
+        if (valid[i] != 0) pass_in<Set>(rests[i], texts[i], n);
+    }
+}
+
+#ifdef QZHOST_MASKED_LOADS
+// Untold texts behind the others, as in counting.
+QZHOST_MASKED void pass_in_each_by_planes(bdta3_colstr* rests, uint32_t rows, const bdta3_colstr* texts, const uint8_t* valid,
+                                          uint32_t n) {
+    bool some_untold = false;
+    for (uint32_t i = 0; i < rows; ++i) {
+        const size_t len = valid[i] == 0 ? 0 : texts[i].len;
+        char* const text = texts[i].bytes;
+        const void* const loaded = len == 0 ? static_cast<const void*>(rests) : text;
+        const size_t passed = pass_short_utf8(static_cast<const uint8_t*>(loaded), len, n);
+        const bool told = passed != kNotTold;
+        rests[i].len = static_cast<uint32_t>(told ? len - passed : 0);
+        rests[i].blank = 0;
+        rests[i].bytes = told && valid[i] != 0 ? text + passed : nullptr;
+        some_untold |= !told;
+    }
+    if (!some_untold) return;
+    for (uint32_t i = 0; i < rows; ++i) {
+        if (rests[i].bytes == nullptr && valid[i] != 0) {
+            rests[i].bytes = const_cast<char*>(pass_sound_doubtful(texts[i].bytes, texts[i].len, n, &rests[i].len));
+        }
+    }
+}
+#endif
+
+}  // namespace
+
+void host_pass_characters(bdta3_colstr* rests, uint32_t rows, const bdta3_colstr* texts, const uint8_t* valid, uint32_t n) {
+#ifdef QZHOST_MASKED_LOADS
+    if (is_server_utf8_with_masked_loads()) return pass_in_each_by_planes(rests, rows, texts, valid, n);
+#endif
+    with_server_charset([&]<class Set>(Set) { pass_in_each<Set>(rests, rows, texts, valid, n); });
 }
 
 const char* qz_mbsninc_count_ex(const char* text, uint32_t len, uint32_t n, uint32_t m, uint32_t* out_bytes) {

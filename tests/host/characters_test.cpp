@@ -252,6 +252,44 @@ TEST_P(PassingTest, EveryNumberOfCharactersOfTextsOfEveryLength) {
     }
 }
 
+TEST_P(PassingTest, ManyTextsAreCountedAndPassedAsEachIs) {
+    const uint32_t seed = support::test_seed();
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    RandomTexts texts(GetParam(), converter_, seed);
+    uint32_t left = 0;
+    uint32_t refused = 0;
+    for (int round = 0; round < kRandomTexts / 20; ++round) {
+        const uint32_t rows = texts.below(60);
+        std::vector<std::string> kept;
+        std::vector<bdta3_colstr> slots;
+        std::vector<uint8_t> valid;
+        for (uint32_t i = 0; i < rows; ++i) kept.push_back(texts.next(texts.below(8) == 0 ? 100 : 20));
+        for (std::string& text : kept) {
+            valid.push_back(texts.below(5) == 0 ? 0 : 255);
+            // Nobody reads what stands in a row that is NULL.
+            slots.push_back({size_of(text), 7, valid.back() == 0 ? reinterpret_cast<char*>(6) : text.data()});
+        }
+        std::vector<uint32_t> counts(rows, 99);
+        std::vector<bdta3_colstr> rests(rows);
+        const uint32_t n = texts.below(10) == 0 ? texts.below(100) : texts.below(6);
+        host_count_characters(counts.data(), rows, slots.data(), valid.data());
+        host_pass_characters(rests.data(), rows, slots.data(), valid.data(), n);
+        for (uint32_t i = 0; i < rows; ++i) {
+            SCOPED_TRACE(hex(kept[i]));
+            uint32_t rest = 0;
+            const char* const behind = valid[i] == 0 ? nullptr : qz_mbsninc_ex(kept[i].data(), size_of(kept[i]), n, &rest);
+            ASSERT_EQ(counts[i], valid[i] == 0 ? 0 : qz_mbstrlen_ex(kept[i].data(), size_of(kept[i])));
+            ASSERT_EQ(rests[i].bytes, behind);
+            ASSERT_EQ(rests[i].len, rest);
+            ASSERT_EQ(rests[i].blank, 0u);
+            left += rest != 0;
+            refused += valid[i] != 0 && behind == nullptr;
+        }
+    }
+    EXPECT_GT(left, 100u);
+    EXPECT_GT(refused, 10u);
+}
+
 TEST_P(PassingTest, ServicesAgreeWithTheTextCutByIcu) {
     const uint32_t seed = support::test_seed();
     SCOPED_TRACE("seed " + std::to_string(seed));

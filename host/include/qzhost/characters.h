@@ -31,6 +31,10 @@ extern "C" {
 /* Number of characters in the range. */
 uint32_t qz_mbstrlen_ex(const char* text, uint32_t len);
 
+/* What qz_mbstrlen_ex counts in each of n texts, in less time. A text whose valid byte is 0 is not looked at, and its count is
+ * 0. */
+void host_count_characters(uint32_t* counts, uint32_t n, const bdta3_colstr* texts, const uint8_t* valid);
+
 /* Turns positions in n texts, counted from 1, from bytes into characters: each becomes the number of characters in the bytes in
  * front of it, plus 1. 0 stays 0, and its text is not looked at. Several times as fast as one after the other. */
 void host_characters_of_positions(uint32_t* positions, uint32_t n, const bdta3_colstr* texts);
@@ -55,6 +59,10 @@ const char* qz_mbsinc_ex(const char* text, uint32_t len);
 /* Passes n characters; out_rest receives the bytes left. A text of fewer characters is passed to its end. NULL, and out_rest 0,
  * when one of the characters passed is malformed. */
 const char* qz_mbsninc_ex(const char* text, uint32_t len, uint32_t n, uint32_t* out_rest);
+
+/* What qz_mbsninc_ex leaves of each of so many texts behind n characters, in less time. A text that it refuses, and one whose
+ * valid byte is 0, leaves no bytes, and NULL for where they stand. */
+void host_pass_characters(bdta3_colstr* rests, uint32_t rows, const bdta3_colstr* texts, const uint8_t* valid, uint32_t n);
 
 /* Passes n characters; out_bytes receives how many bytes the m characters behind them take, fewer where the text ends. Never
  * NULL: a malformed byte is passed as a character. */

@@ -1,5 +1,5 @@
-// instr, instrb, position and locate of a constant pattern, which take many rows at once, against a search from character to
-// character: texts that stand one behind the other, so that bytes agree across the borders of rows, empty ones and NULLs in
+// instr, instrb, position and locate of a constant pattern, and length, which take many rows at once, against a search from
+// character to character: texts that stand one behind the other, so that bytes agree across the borders of rows, empty ones and NULLs in
 // between, characters cut off at the borders, vectors of many blocks, with and without a selection.
 #include <gtest/gtest.h>
 
@@ -65,6 +65,24 @@ Place first_place(const std::string& text, const std::string& pattern, uint32_t 
         if (text.compare(at, pattern.size(), pattern) == 0) return {character, static_cast<int32_t>(at + 1)};
     }
     return {};
+}
+
+// The same behind start - 1 characters, which have to be whole.
+int32_t first_character_from(const std::string& text, const std::string& pattern, uint32_t charset, int32_t start) {
+    size_t at = 0;
+    for (int32_t left = start - 1; left > 0 && at < text.size(); --left) {
+        const size_t length = first_length(text.substr(at, 4), charset);
+        if (length == 1 && static_cast<unsigned char>(text[at]) >= 0x80) return 0;
+        at += length;
+    }
+    const Place place = first_place(text.substr(at), pattern, charset);
+    return place.character == 0 ? 0 : place.character + start - 1;
+}
+
+int32_t count_characters(const std::string& text, uint32_t charset) {
+    int32_t count = 0;
+    for (size_t at = 0; at < text.size(); at += first_length(text.substr(at, 4), charset)) ++count;
+    return count;
 }
 
 // ---- Vectors ----------------------------------------------------------------------------------------------------------------
@@ -190,13 +208,19 @@ class FindInBlock : public testing::Test {
 
     void check_all(const std::vector<Row>& rows, const std::vector<uint16_t>& selection, const std::string& pattern,
                    uint32_t charset) {
-        Expected characters, bytes, positions, located;
+        Expected characters, bytes, positions, located, located_from, lengths;
+        const int32_t from = random_.chance(80) ? 1 + static_cast<int32_t>(random_.below(8)) : 70;
         for (size_t i = 0; i < (selection.empty() ? rows.size() : selection.size()); ++i) {
             const Row& row = rows[selection.empty() ? i : selection[i]];
             const bool present = row.valid != 0;
             const bool empty = row.text.empty() && row.blank == 0;
             const Place place = present ? first_place(row.text, pattern, charset) : Place{};
             const Place written = present ? first_place(row.text + std::string(row.blank, ' '), pattern, charset) : Place{};
+            const std::string written_out = row.text + std::string(row.blank, ' ');
+            const int32_t behind = present ? first_character_from(written_out, pattern, charset, from) : 0;
+            located_from.push_back(present ? std::optional(behind) : std::nullopt);
+            const bool counted = present && !row.text.empty();
+            lengths.push_back(counted ? std::optional(count_characters(row.text, charset)) : std::nullopt);
             characters.push_back(present && !empty ? std::optional(place.character) : std::nullopt);
             bytes.push_back(present && !empty ? std::optional(place.byte) : std::nullopt);
             positions.push_back(present ? std::optional(place.byte) : std::nullopt);
@@ -215,6 +239,11 @@ class FindInBlock : public testing::Test {
               [&](Col text, Col out, uint32_t n) { return bposition_va_str(env, mem, p, text, out, n); });
         check("locate", rows, selection, located, false,
               [&](Col text, Col out, uint32_t n) { return blocate_def_va_str(env, mem, p, text, out, n); });
+        Constant start = Constant::of(from);
+        check("locate from a start", rows, selection, located_from, false,
+              [&](Col text, Col out, uint32_t n) { return blocate_vav_str(env, mem, p, text, start.scalar(), out, n); });
+        check("length", rows, selection, lengths, false,
+              [&](Col text, Col out, uint32_t n) { return blength_a_str(env, mem, text, out, n); });
     }
 
     std::vector<uint16_t> draw_selection(size_t rows) {
