@@ -6,8 +6,10 @@
 // nothing but the year.
 #include "qzbifun/date_difference.h"
 
+#include <algorithm>
 #include <type_traits>
 
+#include "bop/bifun_date/months_and_days.h"
 #include "bop/bifun_date/weekday.h"
 #include "bop/frame/export.h"
 #include "qzhost/decimal.h"
@@ -29,14 +31,46 @@ int32_t weeks_between(const qztime& first, const qztime& second) {
     return (second_weekday - first_weekday + days) / 7;
 }
 
-bool is_month_end(const qztime& date) { return date.day == qztime_month_end_day(date.year, date.month); }
-
-Code months_between(const qztime& first, const qztime& second, xdec* result) {
-    const int32_t months = (first.year - second.year) * 12 - second.month + first.month;  // within 790 thousand
-    if (first.day == second.day || (is_month_end(first) && is_month_end(second))) {
-        return Code{xdec_from_int64(result, months, XDEC_SCALE_NONE)};  // as the double of it would come out
+bool are_month_ends(const qztime& first, const qztime& second) {
+    constexpr uint8_t kShortestMonth = 28;
+    if (std::min(first.day, second.day) < kShortestMonth) [[likely]] {
+        return false;
     }
-    return Code{host_xdec_from_months(months, first.day - second.day, result)};
+    return first.day == qztime_month_end_day(first.year, first.month) &&
+           second.day == qztime_month_end_day(second.year, second.month);
+}
+
+struct Apart {
+    int32_t months;  // within 790 thousand
+    int32_t days;
+};
+
+Apart apart(const qztime& first, const qztime& second) {
+    const int32_t months = (first.year - second.year) * 12 - second.month + first.month;
+    return {months, are_month_ends(first, second) ? 0 : first.day - second.day};
+}
+
+int32_t store_by_double(xdec* out, const Apart& between) { return xdec_from_double(between.months + between.days / 31.0, out); }
+
+// In passes: each step would wait for the one before.
+void months_between(xdec* out, uint32_t n, const qztime* first, const qztime* second) {
+    Apart between[frame::kBlockRows];
+    int64_t unscaled[frame::kBlockRows] = {};
+    uint32_t scales[frame::kBlockRows] = {};
+    for (uint32_t i = 0; i < n; ++i) between[i] = apart(first[i], second[i]);
+    uint32_t others = 0;
+    for (uint32_t i = 0; i < n; ++i) {
+        const MonthsAndDays number = months_and_days_of(between[i].months, between[i].days);
+        unscaled[i] = number.unscaled;
+        scales[i] = number.scale;
+        others |= number.scale;
+    }
+    host_decimals_of_unscaled(out, n, unscaled, scales);
+    if (others != kOutsideTheTable) [[likely]]
+        return;
+    for (uint32_t i = 0; i < n; ++i) {
+        if (scales[i] == kOutsideTheTable) (void)store_by_double(&out[i], between[i]);
+    }
 }
 
 // first minus second, of a block of rows.
@@ -61,8 +95,8 @@ struct WeeksBetween {
 
 struct MonthsBetween {
     static constexpr Rules rules = kRules;
-    static Code row(Row out, const qztime& first, const qztime& second) {
-        return months_between(first, second, &out.slot<xdec>());
+    static void block(xdec* out, uint32_t n, const qztime* first, const qztime* second) {
+        months_between(out, n, first, second);
     }
 };
 
@@ -271,7 +305,10 @@ BIFUN_EXPORT int32_t ifun_parse_weeks_between(qztime* first, qztime* second, int
 }
 
 BIFUN_EXPORT int32_t ifun_parse_months_between(const qztime* first, const qztime* second, xdec* result) {
-    return months_between(*first, *second, result).value;
+    const Apart between = apart(*first, *second);
+    const MonthsAndDays number = months_and_days_of(between.months, between.days);
+    if (number.scale == kOutsideTheTable) return store_by_double(result, between);
+    return xdec_from_unscaled(result, number.unscaled, number.scale);
 }
 
 BIFUN_EXPORT int32_t ifun_parse_bigdatediff(int32_t part, const qztime* first, const qztime* second, int64_t* result) {

@@ -307,11 +307,12 @@ inline Lanes lanes_of_uint64(uint64_t value) {
     return lanes_of_limbs(four_limbs(highest << 32, (upper - highest * kLimbBase) | (value - upper * kLimbBase) << 32));
 }
 
+inline constexpr uint64_t kMaxShifted = ~uint64_t{0} / 10;  // by one digit
+
 // Stores value times 10^exponent; exponent is -200..200, and scale at least what the digits need. False, and nothing is stored:
 // out of range, or too many digits to shift by one.
 [[gnu::always_inline]] inline bool store_uint64(xdec* destination, bool negative, uint64_t value, int32_t exponent,
                                                 uint32_t scale) {
-    constexpr uint64_t kMaxShifted = ~uint64_t{0} / 10;
     const int32_t odd = exponent & 1;  // too irregular to branch on
     if (((odd != 0) & (value > kMaxShifted)) | (scale > XDEC_MAX_KEPT_SCALE)) [[unlikely]] {
         return false;

@@ -53,9 +53,10 @@ int32_t store_coefficient(xdec* destination, bool negative, uint64_t magnitude, 
     return store_any(destination, negative, magnitude, exponent, scale);
 }
 
+uint64_t magnitude_of(int64_t value) { return value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value); }
+
 int32_t store_int64(xdec* destination, int64_t value, int32_t exponent, uint32_t scale) {
-    const uint64_t magnitude = value < 0 ? 0 - static_cast<uint64_t>(value) : static_cast<uint64_t>(value);
-    return store_coefficient(destination, value < 0, magnitude, exponent, scale);
+    return store_coefficient(destination, value < 0, magnitude_of(value), exponent, scale);
 }
 
 #if QZHOST_DECIMAL_LANES
@@ -137,6 +138,33 @@ int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale) {
         return EC_INVALID_ARGUMENT;
     }
     return store_int64(destination, value, -static_cast<int32_t>(scale), scale);
+}
+
+// In two passes over a few rows: digits and what is made of them would wait for each other.
+void host_decimals_of_unscaled(xdec* out, uint32_t n, const int64_t* values, const uint32_t* scales) {
+    uint32_t done = 0;
+#if QZHOST_DECIMAL_LANES
+    constexpr uint32_t kBlock = 64;
+    lanes::Lanes digits[kBlock];
+    for (; done < n; done += std::min(kBlock, n - done)) {
+        const uint32_t rows = std::min(kBlock, n - done);
+        const int64_t* const value = values + done;
+        const uint32_t* const scale = scales + done;
+        uint64_t others = 0;
+        for (uint32_t i = 0; i < rows; ++i) {
+            const uint64_t magnitude = magnitude_of(value[i]);
+            const uint64_t odd = scale[i] & 1;
+            digits[i] = lanes::lanes_of_uint64(magnitude * (1 + 9 * odd));
+            others |= (magnitude > lanes::kMaxShifted ? odd : 0) | (scale[i] > XDEC_MAX_KEPT_SCALE ? 1 : 0);
+        }
+        if (others != 0) break;
+        for (uint32_t i = 0; i < rows; ++i) {
+            const int32_t int_pairs = lanes::kLanes - static_cast<int32_t>(scale[i] + 1) / 2;
+            (void)lanes::store_lanes(out + done + i, value[i] < 0, scale[i], int_pairs, digits[i]);  // always in range
+        }
+    }
+#endif
+    for (; done < n; ++done) (void)xdec_from_unscaled(out + done, values[done], scales[done]);
 }
 
 int32_t xdec_from_double(double value, xdec* destination) {

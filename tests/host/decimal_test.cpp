@@ -551,34 +551,30 @@ TEST(DecimalNumbers, DoublesAreTheirShortestTexts) {
     }
 }
 
-// Months and days come out as the double of them does, byte for byte: all days, with months around every change of size.
-TEST(DecimalNumbers, MonthsAndDays) {
-    std::vector<int32_t> months;
-    for (int32_t i = -1300; i <= 1300; ++i) months.push_back(i);
-    for (int32_t size = 1024; size <= 1 << 21; size *= 2) {
-        for (int32_t i = -3; i <= 3; ++i)
-            months.insert(months.end(), {size + i, -size - i, size / 3 * 4 + i, i - size / 3 * 4});
-    }
-    for (const int32_t i : {9999, 10000, 176543, 999999, std::numeric_limits<int32_t>::max()})
-        months.insert(months.end(), {i, -i});
-    months.push_back(std::numeric_limits<int32_t>::min());
-    const auto expect_same = [](int32_t month, int32_t day) {
-        xdec found = dec("7.7"), expected = dec("8.8");
-        EXPECT_EQ(host_xdec_from_months(month, day, &found), 0);
-        EXPECT_EQ(xdec_from_double(month + day / 31.0, &expected), 0);
-        EXPECT_EQ(std::memcmp(&found, &expected, sizeof found), 0) << month << " months, " << day << " days";
-    };
-    for (const int32_t month : months) {
-        for (int32_t day = -33; day <= 33; ++day) expect_same(month, day);
-        for (const int32_t day : {-255, 255, std::numeric_limits<int32_t>::min(), std::numeric_limits<int32_t>::max()}) {
-            expect_same(month, day);
+// Many at once are as one by one, around every length of a pass, with what a pass leaves to the others among them.
+TEST(DecimalNumbers, ManyUnscaledIntegers) {
+    std::mt19937_64 random(support::test_seed());
+    constexpr std::array<int64_t, 6> kEnds = {
+        0, 1, -1, std::numeric_limits<int64_t>::max(), std::numeric_limits<int64_t>::min(), 1'844'674'407'370'955'162};
+    for (uint32_t round = 0; round < 300; ++round) {
+        const uint32_t n = round % 200;
+        std::vector<int64_t> values(n);
+        std::vector<uint32_t> scales(n);
+        for (uint32_t i = 0; i < n; ++i) {
+            values[i] = static_cast<int64_t>(random()) >> random() % 64;
+            scales[i] = static_cast<uint32_t>(random() % (round % 3 == 0 ? 20 : 128));
+            if (round % 2 != 0 && random() % 50 == 0) values[i] = kEnds[random() % kEnds.size()];
+            if (round % 7 == 6 && random() % 50 == 0) scales[i] = 128 + static_cast<uint32_t>(random() % 200);
+        }
+        std::vector<xdec> found(n + 1, dec("7.7"));
+        host_decimals_of_unscaled(found.data(), n, values.data(), scales.data());
+        EXPECT_EQ(text_of(found[n]), "7.7");
+        for (uint32_t i = 0; i < n; ++i) {
+            xdec expected = dec("8.8");
+            EXPECT_EQ(xdec_from_unscaled(&expected, values[i], scales[i]), scales[i] > 127 ? EC_INVALID_ARGUMENT : 0);
+            ASSERT_EQ(std::memcmp(&found[i], &expected, sizeof expected), 0) << values[i] << " scale " << scales[i];
         }
     }
-    xdec x;
-    EXPECT_EQ(host_xdec_from_months(1, 1, &x), 0);
-    EXPECT_EQ(text_of(x), "1.032258064516129");  // 1 + 1/31 is 1.0322580645161290322...
-    EXPECT_EQ(host_xdec_from_months(0, -1, &x), 0);
-    EXPECT_EQ(text_of(x), "-0.03225806451612903");
 }
 
 TEST(DecimalNumbers, BinaryWords) {

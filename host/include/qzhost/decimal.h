@@ -173,12 +173,11 @@ int32_t xdec_from_ulint64(xdec* destination, uint64_t value);
  * EC_INVALID_ARGUMENT. */
 int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale);
 
+/* xdec_from_unscaled of n values, about twice as fast as one by one. A scale above XDEC_MAX_KEPT_SCALE makes its value 0. */
+void host_decimals_of_unscaled(xdec* out, uint32_t n, const int64_t* values, const uint32_t* scales);
+
 /* The shortest decimal that reads back as the same double: 0.1 is 0.1. EC_DATA_OVERFLOW: NaN, infinity, 1E126 and more. */
 int32_t xdec_from_double(double value, xdec* destination);
-
-/* months + days / 31.0 in doubles, as xdec_from_double gives it. Several times as fast within 30 days and the calendar's
- * months. */
-int32_t host_xdec_from_months(int32_t months, int32_t days, xdec* destination);
 
 /* To an integer, with the fraction cut off. EC_DATA_OVERFLOW: it does not fit, and *value is 0. */
 int32_t xdec_get_int64(const xdec* x, int64_t* value);

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <limits>
 #include <tuple>
+#include <vector>
 
+#include "bop/bifun_date/months_and_days.h"
 #include "qzbifun/codes.h"
 #include "qzbifun/qzbifun.h"
 #include "qzhost/calendar.h"
@@ -266,6 +268,59 @@ TEST(WeeksBetween, AdjustsRowsAndConstantsOfABatch) {
     EXPECT_EQ(reinterpret_cast<bdta3_datetime*>(constant.scalar())->value.day, 15);
     ASSERT_EQ(bweeks_between_av_date(host.env(), host.mem(), in.col(), constant.scalar(), out.col(), 3), 0);
     EXPECT_EQ(in.get<qztime>(0).day, 15);
+}
+
+// Months and days come out as the double of them does, byte for byte: all days, with months around every change of size.
+TEST(MonthsBetween, AreThoseOfTheDouble) {
+    std::vector<int32_t> months;
+    for (int32_t i = -1300; i <= 1300; ++i) months.push_back(i);
+    for (int32_t size = 1024; size <= 1 << 19; size *= 2) {
+        for (int32_t i = -3; i <= 3; ++i)
+            months.insert(months.end(), {size + i, -size - i, size / 3 * 4 + i, i - size / 3 * 4});
+    }
+    for (const int32_t i : {9999, 10000, 176543, 262142, 262143}) months.insert(months.end(), {i, -i});
+    for (const int32_t month : months) {
+        for (int32_t day = -30; day <= 30; ++day) {
+            const bifun::MonthsAndDays number = bifun::months_and_days_of(month, day);
+            if (std::abs(month) > 1 << 18) {
+                ASSERT_EQ(number.scale, bifun::kOutsideTheTable) << month << " months, " << day << " days";
+                continue;
+            }
+            if (number.scale == bifun::kOutsideTheTable) {
+                ASSERT_GE(std::abs(month), (1 << 18) - 1) << month << " months, " << day << " days";
+                continue;
+            }
+            xdec found, expected;
+            ASSERT_EQ(xdec_from_unscaled(&found, number.unscaled, number.scale), 0);
+            ASSERT_EQ(xdec_from_double(month + day / 31.0, &expected), 0);
+            ASSERT_EQ(support::to_cell(found).bytes, support::to_cell(expected).bytes)
+                << month << " months, " << day << " days";
+        }
+        for (const int32_t day : {-255, -32, 32, 255}) {
+            EXPECT_EQ(bifun::months_and_days_of(month, day).scale, bifun::kOutsideTheTable) << month << ", " << day;
+        }
+    }
+}
+
+// Days that no month has are counted all the same, also in a block with others.
+TEST(MonthsBetween, OfDaysThatNoMonthHas) {
+    constexpr uint32_t kRows = 600;
+    support::Host host;
+    support::Vector first(host, support::type_of<qztime>(), kRows), second(host, support::type_of<qztime>(), kRows);
+    for (uint32_t i = 0; i < kRows; ++i) {
+        first.set(i, support::to_cell(on(2024, 3, static_cast<uint8_t>(i % 251 == 7 ? 200 : 1 + i % 28))), 1);
+        second.set(i, support::to_cell(on(2020, static_cast<uint8_t>(1 + i % 12), 15)), 1);
+    }
+    const support::Vector result = support::Vector::result<xdec>(host, kRows);
+    ASSERT_EQ(bmonths_between_aa_date(host.env(), host.mem(), first.col(), second.col(), result.col(), kRows), 0);
+    for (uint32_t i = 0; i < kRows; ++i) {
+        const auto a = first.get<qztime>(i), b = second.get<qztime>(i);
+        xdec expected, single;
+        ASSERT_EQ(xdec_from_double((a.year - b.year) * 12 + a.month - b.month + (a.day - b.day) / 31.0, &expected), 0);
+        ASSERT_EQ(support::to_cell(result.get<xdec>(i)).bytes, support::to_cell(expected).bytes) << i;
+        ASSERT_EQ(ifun_parse_months_between(&a, &b, &single), 0);
+        ASSERT_EQ(support::to_cell(single).bytes, support::to_cell(expected).bytes) << i;
+    }
 }
 
 TEST(MonthsBetween, OfOnePair) {
