@@ -25,8 +25,6 @@ constexpr int kRandomTexts = 1500;
 constexpr uint32_t kEachOfMany = 23;
 #endif
 
-constexpr Case kCases[] = {Case::upper, Case::lower};
-
 class Utf8Folds : public testing::Test {
   protected:
     // The mapping of a character, if it has the same length.
