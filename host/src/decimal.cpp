@@ -143,7 +143,7 @@ Lanes all_lanes(bool set) { return _mm_set1_epi64x(-int64_t{set}); }
         b.is_zero()) {
         return add_other(x, y, negate_y, destination);
     }
-    const bool a_negative = a.is_negative(), b_negative = b.is_negative() != negate_y;
+    const bool a_negative = a.nonzero_is_negative(), b_negative = b.nonzero_is_negative() != negate_y;
     const bool swap = is_smaller(x, y);
     const Lanes p = moved(to_lanes(a.pairs), a_distance), q = moved(to_lanes(b.pairs), b_distance);
     const Lanes swapped = _mm_and_si128(_mm_xor_si128(p, q), all_lanes(swap));

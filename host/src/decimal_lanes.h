@@ -23,7 +23,7 @@
 
 namespace qzhost::lanes {
 
-static_assert(XDEC_SIGN_NEGATIVE == 255 - XDEC_SIGN_POSITIVE);
+static_assert(XDEC_SIGN_NEGATIVE == 255 - XDEC_SIGN_POSITIVE && XDEC_SIGN_POSITIVE >= 128);
 
 using Lanes = __m128i;
 
@@ -56,6 +56,9 @@ struct Record {
     int32_t count() const { return static_cast<uint8_t>(head >> 48) - 1; }
     int32_t int_pairs() const { return static_cast<int32_t>(head >> 56) - kLeadBias; }
     bool is_negative() const { return sign() == XDEC_SIGN_NEGATIVE; }
+    // The same of a number that is not zero, by its sign's top bit. Here and below, where one number follows another, there is
+    // no comparison that becomes the lowest byte of a register: it would wait for what the register held for the number before.
+    bool nonzero_is_negative() const { return ((~head >> 7) & 1) != 0; }
     // Signs come too irregularly to branch on; one is the other's complement.
     bool is_zero() const {
         const int32_t byte = static_cast<int8_t>(head);  // NOLINT(bugprone-signed-char-misuse): its sign is copied upwards
@@ -100,10 +103,10 @@ struct HeadTable {
 
 // pairs: the pair bytes, of which the first counts.
 inline uint64_t make_head(bool negative, uint32_t scale, int32_t int_pairs, int32_t count, Lanes pairs) {
-    const bool one_digit = static_cast<uint8_t>(_mm_cvtsi128_si32(pairs)) <= 10;
+    const uint32_t one_digit = (static_cast<uint32_t>(static_cast<uint8_t>(_mm_cvtsi128_si32(pairs))) - 11) >> 31;
     const uint64_t sign = negative ? XDEC_SIGN_NEGATIVE : XDEC_SIGN_POSITIVE;
-    return kHeads.head[2 * (int_pairs - kMinIntPairs) + one_digit] + sign + uint64_t{scale} * (1 << 8 | 1 << 16) +
-           (static_cast<uint64_t>(count + 1) << 48);
+    return kHeads.head[static_cast<uint32_t>(2 * (int_pairs - kMinIntPairs)) + one_digit] + sign +
+           uint64_t{scale} * (1 << 8 | 1 << 16) + (static_cast<uint64_t>(count + 1) << 48);
 }
 
 // pairs: the pair bytes 0 to 15, more: 16 to 21 in its lowest lanes.
@@ -212,8 +215,8 @@ struct Trimmed {
     Lanes pairs;
     int32_t int_pairs;
     int32_t count;
-    bool is_zero;
-    int32_t last;  // lane that it came from
+    uint64_t all_if_zero;  // all ones then, else 0
+    int32_t last;          // lane that it came from
 };
 
 [[gnu::always_inline]] inline Trimmed trim(int32_t int_pairs, Lanes lanes) {
@@ -224,7 +227,7 @@ struct Trimmed {
     const int32_t count = last + 1 - first;
     // What comes round from in front of the first is 0 too. The mask's lanes are -1.
     const Lanes pairs = _mm_sub_epi8(moved(lanes, -first), lanes_below(count));
-    return {pairs, int_pairs - first, count, used == 0, last};
+    return {pairs, int_pairs - first, count, 0 - ((uint64_t{used} - 1) >> 63), last};
 }
 
 [[gnu::always_inline]] inline bool store_trimmed(xdec* destination, bool negative, uint32_t scale, const Trimmed& number) {
@@ -232,7 +235,7 @@ struct Trimmed {
         return false;
     }
     const uint64_t head = make_head(negative, scale, number.int_pairs, number.count, number.pairs);
-    store_record(destination, choose(number.is_zero, kZeroHead, head), number.pairs, _mm_setzero_si128());
+    store_record(destination, head ^ ((head ^ kZeroHead) & number.all_if_zero), number.pairs, _mm_setzero_si128());
     return true;
 }
 
