@@ -27,6 +27,7 @@
 #include <cstring>
 
 #include "bop/bifun_str/find_in_block.h"
+#include "bop/bifun_str/folded_block.h"
 #include "bop/bifun_str/folded_copy.h"
 #include "bop/bifun_str/instr_first.h"
 #include "bop/bifun_str/instr_scan.h"
@@ -94,9 +95,14 @@ struct FirstOfConstant {
     }
 
     bool many(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& texts, const Constant<Text>&) const {
-        if (fold_ || all_blank_ || blanks_ != 0) return false;
+        if (all_blank_ || blanks_ != 0) return false;
         uint32_t positions[frame::kBlockRows];
-        find_in_block(*ctx_, positions, n, texts);
+        if (fold_) [[unlikely]] {
+            // The tables of bytes are those of another pattern, and longer texts are folded in a block of the memory object.
+            if (Unit::kBytes || !find_folded_in_block(*ctx_, positions, n, texts)) return false;
+        } else {
+            find_in_block(*ctx_, positions, n, texts);
+        }
         Unit::turn_bytes_into(positions, n, texts.values);
         store_positions<EmptyText::kIsNull>(out, begin, n, texts, positions);
         return true;

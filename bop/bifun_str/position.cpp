@@ -17,6 +17,7 @@
 
 #include "bop/bifun_str/blank_check.h"
 #include "bop/bifun_str/find_in_block.h"
+#include "bop/bifun_str/folded_block.h"
 #include "bop/bifun_str/folded_copy.h"
 #include "bop/bifun_str/local_string.h"
 #include "bop/bifun_str/search_context.h"
@@ -98,9 +99,13 @@ struct PositionOf {
     }
 
     bool many(const frame::Output& out, uint32_t begin, uint32_t n, const Constant<Text>&, const TextBlock& texts) const {
-        if (kFolded || Pattern::kIsBlank || blanks != 0) return false;
+        if (Pattern::kIsBlank || blanks != 0) return false;
         uint32_t positions[frame::kBlockRows];
-        find_in_block(*context, positions, n, texts);
+        if constexpr (kFolded) {
+            if (!find_folded_in_block(*context, positions, n, texts)) return false;
+        } else {
+            find_in_block(*context, positions, n, texts);
+        }
         store_positions<EmptyText::kIsSearched>(out, begin, n, texts, positions);
         return true;
     }

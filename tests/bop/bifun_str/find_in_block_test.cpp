@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "qzbifun/qzbifun.h"
+#include "qzhost/characters.h"
 #include "tests/support/batch.h"
 #include "tests/support/host.h"
 #include "tests/support/test_seed.h"
@@ -85,6 +86,11 @@ int32_t count_characters(const std::string& text, uint32_t charset) {
     return count;
 }
 
+std::string upper(std::string text) {
+    qz_mbsupper_ex(text.data(), static_cast<uint32_t>(text.size()));
+    return text;
+}
+
 // ---- Vectors ----------------------------------------------------------------------------------------------------------------
 
 struct Row {
@@ -131,9 +137,9 @@ using Letters = std::vector<std::string>;
 
 // Bytes of one letter stand inside another, and halves of letters of two rows make one.
 const Letters kLetters[] = {
-    {"a", "b", "\x81\x61", "\x81", "\x81\x30\x81\x30", "0", "\xFF"},
-    {"a", "b", "\xC3\xA9", "\xE4\xB8\xAD", "\xC3", "\xA9", "\xE4\xB8"},
-    {"a", "b", "\xB0\xA1", "\xA1\xB0", "\xB0", "\xFF"},
+    {"a", "b", "\x81\x61", "\x81", "\x81\x30\x81\x30", "0", "\xFF", "A"},
+    {"a", "b", "\xC3\xA9", "\xE4\xB8\xAD", "\xC3", "\xA9", "\xE4\xB8", "A", "\xC3\x89"},
+    {"a", "b", "\xB0\xA1", "\xA1\xB0", "\xB0", "\xFF", "A"},
 };
 
 class FindInBlock : public testing::Test {
@@ -208,7 +214,7 @@ class FindInBlock : public testing::Test {
 
     void check_all(const std::vector<Row>& rows, const std::vector<uint16_t>& selection, const std::string& pattern,
                    uint32_t charset) {
-        Expected characters, bytes, positions, located, located_from, lengths;
+        Expected characters, bytes, positions, located, located_from, lengths, folded_characters, folded_positions;
         const int32_t from = random_.chance(80) ? 1 + static_cast<int32_t>(random_.below(8)) : 70;
         for (size_t i = 0; i < (selection.empty() ? rows.size() : selection.size()); ++i) {
             const Row& row = rows[selection.empty() ? i : selection[i]];
@@ -224,6 +230,9 @@ class FindInBlock : public testing::Test {
             characters.push_back(present && !empty ? std::optional(place.character) : std::nullopt);
             bytes.push_back(present && !empty ? std::optional(place.byte) : std::nullopt);
             positions.push_back(present ? std::optional(place.byte) : std::nullopt);
+            const Place folded = present ? first_place(upper(row.text), upper(pattern), charset) : Place{};
+            folded_characters.push_back(present && !empty ? std::optional(folded.character) : std::nullopt);
+            folded_positions.push_back(present ? std::optional(folded.byte) : std::nullopt);
             located.push_back(present ? std::optional(written.character) : std::nullopt);
         }
         Constant constant = Constant::of(Text{pattern, 0});
@@ -237,6 +246,12 @@ class FindInBlock : public testing::Test {
               [&](Col text, Col out, uint32_t n) { return binstrb_def2_av_str(env, mem, text, p, out, n); });
         check("position", rows, selection, positions, false,
               [&](Col text, Col out, uint32_t n) { return bposition_va_str(env, mem, p, text, out, n); });
+        bifun_dll_var_init(0, 1, 0);
+        check("instr, case folded", rows, selection, folded_characters, true,
+              [&](Col text, Col out, uint32_t n) { return binstr_def2_av_str(env, mem, text, p, out, n); });
+        check("position, case folded", rows, selection, folded_positions, false,
+              [&](Col text, Col out, uint32_t n) { return bposition_va_str(env, mem, p, text, out, n); });
+        bifun_dll_var_init(0, 1, 1);
         check("locate", rows, selection, located, false,
               [&](Col text, Col out, uint32_t n) { return blocate_def_va_str(env, mem, p, text, out, n); });
         Constant start = Constant::of(from);
@@ -297,6 +312,14 @@ TEST_F(FindInBlock, RowsEndWhereTheyEnd) {
             }
         }
     }
+}
+
+// A copy of many texts has no room for it.
+TEST_F(FindInBlock, ALongTextAmongOthers) {
+    std::vector<Row> rows(600, {"xAb\xC3\xA9", 0, 1});
+    rows[520].text = std::string(20000, 'x') + "ab";
+    rows[530].text = std::string(16384, 'x');
+    for (const char* pattern : {"ab", "\xC3\x89", "xx"}) check_all(rows, {}, pattern, 1);
 }
 
 // Only the block with an implied blank is written out.
