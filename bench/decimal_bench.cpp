@@ -215,6 +215,32 @@ void BM_xdec_from_int64(benchmark::State& state) {
 }
 BENCHMARK(BM_xdec_from_int64)->Arg(kFew)->Arg(kMany);
 
+// Seventeen digits, fourteen to sixteen of them behind the point.
+template <class Store>
+void unscaled(benchmark::State& state, const Store& store) {
+    std::mt19937_64 random(3);
+    std::vector<int64_t> values(static_cast<size_t>(state.range(0)));
+    std::vector<uint32_t> scales(values.size());
+    for (int64_t& value : values) value = static_cast<int64_t>(random()) % 100'000'000'000'000'000;
+    for (uint32_t& scale : scales) scale = 14 + static_cast<uint32_t>(random() % 3);
+    Decimals out(values.size());
+    for (auto _ : state) {
+        store(out.data(), static_cast<uint32_t>(values.size()), values.data(), scales.data());
+        benchmark::ClobberMemory();
+    }
+    count_items(state, sizeof(int64_t) + sizeof(uint32_t) + sizeof(xdec));
+}
+
+void BM_xdec_from_unscaled(benchmark::State& state) {
+    unscaled(state, [](xdec* out, uint32_t n, const int64_t* values, const uint32_t* scales) {
+        for (uint32_t i = 0; i < n; ++i) xdec_from_unscaled(&out[i], values[i], scales[i]);
+    });
+}
+BENCHMARK(BM_xdec_from_unscaled)->Arg(kFew)->Arg(kMany);
+
+void BM_host_decimals_of_unscaled(benchmark::State& state) { unscaled(state, host_decimals_of_unscaled); }
+BENCHMARK(BM_host_decimals_of_unscaled)->Arg(kFew)->Arg(kMany);
+
 void BM_xdec_get_int64(benchmark::State& state) {
     const Decimals x = decimals(state.range(0), 1);
     std::vector<int64_t> out(x.size());

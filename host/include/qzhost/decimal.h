@@ -173,7 +173,7 @@ int32_t xdec_from_ulint64(xdec* destination, uint64_t value);
  * EC_INVALID_ARGUMENT. */
 int32_t xdec_from_unscaled(xdec* destination, int64_t value, uint32_t scale);
 
-/* xdec_from_unscaled of n values, about twice as fast as one by one. A scale above XDEC_MAX_KEPT_SCALE makes its value 0. */
+/* xdec_from_unscaled of n values, faster than one by one. A scale above XDEC_MAX_KEPT_SCALE makes its value 0. */
 void host_decimals_of_unscaled(xdec* out, uint32_t n, const int64_t* values, const uint32_t* scales);
 
 /* The shortest decimal that reads back as the same double: 0.1 is 0.1. EC_DATA_OVERFLOW: NaN, infinity, 1E126 and more. */
