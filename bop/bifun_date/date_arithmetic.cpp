@@ -52,7 +52,8 @@ BIFUN_ALWAYS_INLINE bool add_whole_days(int32_t* sums, uint32_t n, const int32_t
     for (uint32_t i = 0; i < n; ++i) {
         const auto whole = static_cast<int32_t>(are_within_calendar(days[i]) ? days[i] : 0.0);
         sums[i] = numbers[i] + whole;
-        others |= (days[i] == whole) & is_in_calendar(sums[i]) ? 0 : ~0U;
+        const bool plain = (days[i] == whole) & is_in_calendar(sums[i]);
+        others |= plain ? 0 : ~0U;
     }
     return others == 0;
 }
@@ -73,7 +74,8 @@ BIFUN_ALWAYS_INLINE bool add_days_and_seconds(int32_t* sums, uint32_t* times, ui
         const auto rest = static_cast<uint32_t>(static_cast<int32_t>(total - whole * kSecondsOfDay));
         sums[i] = numbers[i] + whole;
         times[i] = rest / 3600 | rest % 3600 / 60 << 8 | rest % 60 << 16;
-        others |= fits & is_in_calendar(sums[i]) & (hour < 24) & (minute < 60) & (second < 60) ? 0 : ~0U;
+        const bool plain = fits & is_in_calendar(sums[i]) & (hour < 24) & (minute < 60) & (second < 60);
+        others |= plain ? 0 : ~0U;
     }
     return others == 0;
 }
