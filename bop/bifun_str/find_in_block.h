@@ -24,34 +24,45 @@ enum class EmptyText : uint8_t { kIsNull, kIsSearched };
 
 // Whether a row is NULL or, by its length and blanks, empty. Those of NULL rows may count.
 template <EmptyText kEmpty>
-bool some_may_be_null(const TextBlock& texts, uint32_t n) {
-    uint8_t null = 0;
-    for (uint32_t i = 0; i < n; ++i) null = static_cast<uint8_t>(null | (texts.valid[i] == 0));
-    if constexpr (kEmpty == EmptyText::kIsSearched) return null != 0;
-    uint64_t empty = 0;
-    for (uint32_t i = 0; i < n; ++i) empty |= (texts.values[i].len | texts.values[i].blank) == 0;
-    return (null | empty) != 0;
+bool some_may_be_null(const uint8_t* valid, const bdta3_colstr* texts, uint32_t n) {
+    if (std::memchr(valid, 0, n) != nullptr) return true;
+    uint32_t empty = 0;
+    if constexpr (kEmpty == EmptyText::kIsNull) {
+        for (uint32_t i = 0; i < n; ++i) empty |= (texts[i].len | texts[i].blank) == 0;
+    }
+    return empty != 0;
 }
 
-// Stores the positions of n rows from begin on, and their valid bytes: as they are where an empty text turns its row NULL, and 1
-// where it does not. The elements of NULL rows stay as they were.
+// Stores the positions of n rows from begin on, and their valid bytes: as they are where an empty text turns its row NULL, and
+// 1 where it does not. The elements of NULL rows stay as they were.
 template <EmptyText kEmpty>
-void store_positions(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& texts, const uint32_t* positions) {
+void store_positions(const frame::Output& out, uint32_t begin, uint32_t n, const TextBlock& block, const uint32_t* positions) {
+    // Apart, since a store through a byte pointer may alias the block.
+    const bdta3_colstr* const texts = block.values;
+    const uint8_t* const present = block.valid;
     uint8_t* const valid = out.valid + begin;
     int32_t* const values = static_cast<int32_t*>(out.values) + begin;
-    for (uint32_t i = 0; i < n; ++i) valid[i] = kEmpty == EmptyText::kIsNull ? texts.valid[i] : texts.valid[i] != 0;
-    if (!some_may_be_null<kEmpty>(texts, n)) {
+    if (!some_may_be_null<kEmpty>(present, texts, n)) {
+        if constexpr (kEmpty == EmptyText::kIsNull) {
+            std::memcpy(valid, present, n);
+        } else {
+            std::memset(valid, 1, n);
+        }
         std::memcpy(values, positions, n * sizeof *values);
         return;
     }
+    bool some_empty = false;
     for (uint32_t i = 0; i < n; ++i) {
-        if (kEmpty == EmptyText::kIsNull && valid[i] != 0 && (texts.values[i].len | texts.values[i].blank) == 0) {
-            valid[i] = 0;
-            out.result->all_valid = 0;
+        uint8_t byte = kEmpty == EmptyText::kIsNull ? present[i] : present[i] != 0;
+        if (kEmpty == EmptyText::kIsNull && byte != 0 && (texts[i].len | texts[i].blank) == 0) {
+            byte = 0;
+            some_empty = true;
         }
+        valid[i] = byte;
         const int32_t held = values[i];
-        values[i] = valid[i] != 0 ? static_cast<int32_t>(positions[i]) : held;
+        values[i] = byte != 0 ? static_cast<int32_t>(positions[i]) : held;
     }
+    if (some_empty) out.result->all_valid = 0;
 }
 
 }  // namespace bifun

@@ -9,7 +9,8 @@ namespace qzhost {
 
 inline constexpr size_t kNotCounted = SIZE_MAX;
 
-// Of the first bytes of UTF-8, where SpreadBlocks takes the text; kNotCounted where the whole text is not seen to be well-formed.
+// Of the first bytes of UTF-8, where SpreadBlocks takes the text; kNotCounted where the whole text is not seen to be
+// well-formed.
 inline size_t count_utf8_in_front(const uint8_t* p, size_t n, size_t front) {
     const SpreadBlocks blocks(p, n);
     if (bits_of(blocks.all()) == 0) return front;

@@ -2,8 +2,8 @@
 // what is no place.
 //
 // In a text of up to 64 places the steps are the same whatever its length is and whether or not there is a hit, since branches
-// on either could not be foreseen. Many texts are searched one after the other in the same loop, or as one text where they stand
-// one behind the other and have few hits.
+// on either could not be foreseen. Many texts are searched one after the other in the same loop, or as one text where they
+// stand one behind the other and have few hits.
 #pragma once
 
 #include <algorithm>
@@ -60,6 +60,15 @@ struct ProbedBytes {
         return left;
     }
 
+    // For kMaskedPlaces places.
+    QZHOST_MASKED uint64_t all_places(const uint8_t* text) const {
+        uint64_t left = ~uint64_t{0};
+        for (size_t i = 0; i < kBytes; ++i) {
+            left = _mm512_mask_cmpeq_epi8_mask(left, _mm512_loadu_si512(text + offset[i]), byte[i]);
+        }
+        return left;
+    }
+
     size_t offset[kMostProbed];
     __m512i byte[kBytes];
 };
@@ -94,18 +103,29 @@ struct WholePattern {
 
 // ---- One text ---------------------------------------------------------------------------------------------------------------
 
+// The first of up to 64 places at which the whole pattern stands too; kMaskedPlaces when there is none.
+QZHOST_MASKED inline size_t first_whole(const WholePattern& whole, const uint8_t* text, uint64_t places) {
+    for (; places != 0; places &= places - 1) {
+        const size_t place = _tzcnt_u64(places);
+        if (whole.stands_at(text + place)) return place;
+    }
+    return kMaskedPlaces;
+}
+
 // The first place at or behind from in a text of any length; count when there is none.
 template <size_t kBytes>
 QZHOST_MASKED inline size_t next_masked(const ProbedBytes<kBytes>& probed, const WholePattern& whole, const uint8_t* text,
                                         size_t count, size_t from) {
-    for (; from < count; from += kMaskedPlaces) {
-        uint64_t places = probed.places(text + from, std::min(count - from, kMaskedPlaces));
-        for (; places != 0; places &= places - 1) {
-            const size_t place = from + _tzcnt_u64(places);
-            if (whole.stands_at(text + place)) return place;
-        }
+    for (; from + kMaskedPlaces <= count; from += kMaskedPlaces) {
+        const uint64_t places = probed.all_places(text + from);
+        if (places == 0) [[likely]]
+            continue;
+        const size_t place = first_whole(whole, text + from, places);
+        if (place < kMaskedPlaces) return from + place;
     }
-    return count;
+    if (from >= count) return count;
+    const size_t place = first_whole(whole, text + from, probed.places(text + from, count - from));
+    return place < kMaskedPlaces ? from + place : count;
 }
 
 // The position, from 1, of the occurrence-th place, or 0.

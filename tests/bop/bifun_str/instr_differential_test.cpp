@@ -365,25 +365,32 @@ TEST_F(InstrDifferential, EveryFormOnRandomValues) {
     int compared = 0;
     for (int round = 0; round < kRounds; ++round) {
         // One of eight looks for letters with a blank or two behind them in text that is full of them, one for a blank behind
-        // text that ends in a long character, one backwards in texts of as many characters as stored bytes.
+        // text that ends in a long character, one backwards in texts of as many characters as stored bytes, one for a letter
+        // with a blank behind long characters.
         const bool is_dense = round % 8 == 1;
         const bool is_blank = round % 8 == 3;
         const bool is_even = round % 8 == 5;
-        const Alphabet& alphabet = kAlphabets[is_dense ? 0 : is_blank ? 5 : is_even ? 3 : below(std::size(kAlphabets))];
+        const bool is_behind = round % 8 == 7;
+        const Alphabet& alphabet = kAlphabets[is_dense               ? 0
+                                              : is_blank             ? 5
+                                              : is_even || is_behind ? 3
+                                                                     : below(std::size(kAlphabets))];
         const support::Parameters charset(SERVER_CHARSET, alphabet.charset);
-        const bool heeds_case = below(3) != 0;
+        const bool heeds_case = is_behind || below(3) != 0;
         bifun_dll_var_init(0, alphabet.charset, heeds_case);
         const bool is_long = round % 16 == 0;
         std::vector<Value> texts;
         for (uint32_t i = 0; i < kRows; ++i) texts.push_back(random_value(alphabet.letters, is_long ? 300 : 12));
         if (is_long && texts[0].stored.size() < 45) texts[0].stored.resize(45, "a");
-        const Value pattern = is_dense   ? Value{{"a"}, 1 + below(2)}
-                              : is_blank ? Value{{}, 1}
-                              : is_even  ? Value{{"\u00e9"}, 0}
-                                         : random_pattern(alphabet.letters, texts[0], is_long);
+        const Value pattern = is_dense    ? Value{{"a"}, 1 + below(2)}
+                              : is_blank  ? Value{{}, 1}
+                              : is_even   ? Value{{"\u00e9"}, 0}
+                              : is_behind ? Value{{"a"}, 1}
+                                          : random_pattern(alphabet.letters, texts[0], is_long);
         int64_t start = below(4) == 0 ? 1 : static_cast<int64_t>(below(30)) - 14;
         if (is_blank) start = std::max<int64_t>(texts[0].len() - 1, 0);
         if (is_even) start = -1 - static_cast<int64_t>(below(3));
+        if (is_behind) start = 2 + static_cast<int64_t>(below(3));
         if (is_even) texts[0].blank = static_cast<uint32_t>(texts[0].len() - texts[0].count());
         const int64_t occurrence = below(2) == 0 ? 1 : 1 + below(4);
 
