@@ -8,6 +8,7 @@
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 #if defined(__SSE4_1__)
@@ -57,7 +58,7 @@ struct Successive {
 
 inline constexpr Successive kSuccessive = [] {
     Successive numbers{};
-    for (uint8_t i = 0; i < sizeof numbers.from; ++i) numbers.from[i] = i;
+    for (size_t i = 0; i < sizeof numbers.from; ++i) numbers.from[i] = static_cast<uint8_t>(i);
     return numbers;
 }();
 

@@ -138,7 +138,8 @@ TEST(NumberText, WritesWhatPythonWrites) {
 std::string scientific(std::string_view text) {
     if (text.front() == '-') text.remove_prefix(1);
     const size_t e = text.find('E');
-    int exponent = e == std::string_view::npos ? 0 : std::atoi(std::string(text.substr(e + 1)).c_str());
+    int exponent =
+        e == std::string_view::npos ? 0 : static_cast<int>(std::strtol(std::string(text.substr(e + 1)).c_str(), nullptr, 10));
     const std::string_view plain = text.substr(0, e);
     const size_t point = std::min(plain.find('.'), plain.size());
     std::string digits(plain.substr(0, point));

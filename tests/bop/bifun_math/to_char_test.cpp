@@ -17,7 +17,6 @@
 
 namespace {
 
-using support::Answer;
 using support::Constant;
 using support::Differential;
 using support::Host;
