@@ -149,15 +149,18 @@ struct Changed {
 
 // ---- initcap ----------------------------------------------------------------------------------------------------------------
 
-// In bytes alone and without a branch, so that the compiler makes vectors of them.
+// Answers are bytes of 0 or 1, and there is no branch: the compiler makes vectors of that.
 constexpr uint8_t kCaseBit = 0x20;
-constexpr bool is_between(uint8_t byte, uint8_t first, uint8_t last) {
+constexpr uint8_t is_between(uint8_t byte, uint8_t first, uint8_t last) {
     return static_cast<uint8_t>(byte - first) <= static_cast<uint8_t>(last - first);
 }
 // With this bit a capital is as its small letter, and nothing else becomes a letter.
-constexpr bool is_in_word(uint8_t byte) { return is_between(byte | kCaseBit, 'a', 'z') | is_between(byte, '0', '9'); }
-constexpr uint8_t raised(uint8_t byte, bool starts) {
-    return (is_between(byte, 'a', 'z') & starts) != 0 ? byte ^ kCaseBit : byte;
+constexpr uint8_t is_in_word(uint8_t byte) {
+    return static_cast<uint8_t>(is_between(byte | kCaseBit, 'a', 'z') | is_between(byte, '0', '9'));
+}
+// A small letter behind a byte that is in a word, or is not.
+constexpr uint8_t raised(uint8_t byte, uint8_t in_word) {
+    return is_between(byte, 'a', 'z') > in_word ? byte ^ kCaseBit : byte;
 }
 
 // Raises the letters of a block that start a word, by the byte in front of each. A block may be raised twice, and one in front
@@ -166,7 +169,7 @@ template <uint32_t kBytes>
 void raise_block(uint8_t* block) {
     uint8_t before[kBytes];
     std::memcpy(before, block - 1, kBytes);
-    for (uint32_t i = 0; i < kBytes; ++i) block[i] = raised(block[i], !is_in_word(before[i]));
+    for (uint32_t i = 0; i < kBytes; ++i) block[i] = raised(block[i], is_in_word(before[i]));
 }
 
 // The blocks of a text but for its first byte, from the last on: so none is loaded that was just stored in part.
@@ -188,21 +191,21 @@ void raise_capitals(char* bytes, uint32_t len) {
     } else if (len > 1) {
         raise_blocks<1>(text, len);
     }
-    text[0] = raised(text[0], true);
+    text[0] = raised(text[0], 0);
 }
 
 // The same where the second byte of a character may be a letter.
 void raise_capitals_by_characters(char* text, uint32_t len) {
     const char* const end = text + len;
-    bool in_word = false;
+    uint8_t in_word = 0;
     for (char* at = text; at != end && at != nullptr;) {
         const uint8_t byte = static_cast<uint8_t>(*at);
         if (byte >= 0x80) {
-            in_word = false;
+            in_word = 0;
             at = const_cast<char*>(qz_mbsinc_ex(at, static_cast<uint32_t>(end - at)));
             continue;
         }
-        *at = static_cast<char>(raised(byte, !in_word));
+        *at = static_cast<char>(raised(byte, in_word));
         in_word = is_in_word(byte);
         ++at;
     }
@@ -216,7 +219,7 @@ void make_initcap(char* text, uint32_t len) {
 
 // What the start of a text is by itself, behind other text of its run.
 void raise_first(char* text, uint32_t len) {
-    if (len != 0) *text = static_cast<char>(raised(static_cast<uint8_t>(*text), true));
+    if (len != 0) *text = static_cast<char>(raised(static_cast<uint8_t>(*text), 0));
 }
 
 struct InitCapCopyRow {
