@@ -229,6 +229,12 @@ inline int32_t answer(uint32_t position, uint32_t* out_pos) {
 [[gnu::noinline]] uint32_t find_among_characters(const Search& search) {
     return with_server_charset([&]<class Set>(Set) {
         if (Set::always_begins(search.pattern[0])) return find_occurrence(search, AnyStart{});
+#ifdef QZHOST_MASKED_LOADS
+        if constexpr (std::is_same_v<Set, Utf8>) {
+            // The pattern begins inside a character, which well-formed text has at no start.
+            if (has_masked_loads() && count_short_utf8(search.text, search.text_len) != kNotTold) return 0u;
+        }
+#endif
         return find_occurrence(search, StartsInText<Set>(search.text, search.text_len));
     });
 }
