@@ -45,7 +45,7 @@ QZHOST_MASKED inline uint32_t first_position(uint64_t places) {
 // those are looked at one by one.
 template <size_t kBytes>
 struct ProbedBytes {
-    // kBytes is m, or kMostProbed and less than m.
+    // kBytes is m, or kMostProbed: of a shorter pattern it looks at a byte twice.
     QZHOST_MASKED ProbedBytes(const uint8_t* pattern, size_t m) : offset{0, m - 1, m / 2} {
         for (size_t i = 0; i < kBytes; ++i) byte[i] = _mm512_set1_epi8(static_cast<char>(pattern[offset[i]]));
     }
@@ -150,6 +150,14 @@ QZHOST_MASKED inline uint32_t find_masked(const uint8_t* text, size_t count, con
     if (m == 1) return nth_masked<1>(text, count, pattern, m, occurrence);
     if (m == 2) return nth_masked<2>(text, count, pattern, m, occurrence);
     return nth_masked<kMostProbed>(text, count, pattern, m, occurrence);
+}
+
+// The first place, by the same steps for every length of the pattern: where each text has a pattern of its own, no branch could
+// foresee it.
+QZHOST_MASKED inline uint32_t first_masked(const uint8_t* text, size_t count, const uint8_t* pattern, size_t m) {
+    if (count > kMaskedPlaces) return find_masked(text, count, pattern, m, 1);
+    const ProbedBytes<kMostProbed> probed(pattern, m);
+    return first_position(WholePattern(pattern, m).from_first(text, probed.places(text, count)));
 }
 
 // ---- Many texts, up to PickedRows::kMost: the position of the first place in each, or 0 -------------------------------------

@@ -244,6 +244,9 @@ inline uint32_t find_any(const Search& search) {
 #ifdef QZHOST_MASKED_LOADS
     if (search.pattern_len <= kMaskedPattern && has_masked_loads()) {
         const size_t count = number_of_places(search.text_len, search.pattern_len);
+        // A caller that has prepared nothing searches for the pattern once.
+        const bool once = search.occurrence == 1 && !search.tables.has_boyer_moore();
+        if (once) return first_masked(search.text, count, search.pattern, search.pattern_len);
         return find_masked(search.text, count, search.pattern, search.pattern_len, search.occurrence);
     }
 #endif
