@@ -47,6 +47,7 @@ class FoldedBlock {
     BIFUN_ALWAYS_INLINE Joined join(const TextBlock& texts, uint32_t n) {
         Joined joined{0, 0, true};
         for (; joined.rows < n; ++joined.rows) {
+            slots_[joined.rows] = {};
             if (texts.valid[joined.rows] == 0) continue;
             const bdta3_colstr& text = texts.values[joined.rows];
             if (text.len > kBytes - joined.bytes) break;

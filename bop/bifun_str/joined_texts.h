@@ -10,28 +10,13 @@
 
 #include <cstdint>
 
-#include "bop/frame/call.h"
-#include "bop/frame/memory.h"
 #include "qzbifun/codes.h"
-#include "qzhost/column.h"
 #include "qzhost/parameters.h"
 
 namespace bifun {
 
-// Short enough for the texts to stay in the first cache level, and for a vector to have room for them in its own space.
-inline constexpr uint32_t kMostJoinedBytes = 2048;
-
 inline bool host_takes_utf8() { return ini_get_value(0, SERVER_CHARSET) == 1; }
 
 inline bool begins_utf8_character(char byte) { return (static_cast<uint8_t>(byte) & 0xC0) != 0x80; }
-
-// Room for several texts in the result's own space, which goes with the vector; NULL where there is none. A block that its rows
-// could not give back one by one is given back here.
-inline char* own_space(const Call& call, const bdta3_col* result, uint32_t bytes) {
-    char* const space = bdta3_col_space_alloc(call.env, call.rt_mem, result->data, bytes);
-    if (space == nullptr || bdta3_str_is_in_local(result->data, space) != 0) return space;
-    release_block(call.env, call.rt_mem, space);
-    return nullptr;
-}
 
 }  // namespace bifun

@@ -4,11 +4,13 @@
 // several bytes ends a word and is never raised: 'été' is 'éTé'.
 #include <cstring>
 
+#include "bop/bifun_str/joined_texts.h"
 #include "bop/bifun_str/text_groups.h"
 #include "bop/bifun_str/text_runs.h"
 #include "bop/frame/copy_text.h"
 #include "bop/frame/export.h"
 #include "bop/frame/masked_moves.h"
+#include "bop/frame/shared_space.h"
 #include "qzbifun/string.h"
 #include "qzhost/characters.h"
 
@@ -96,7 +98,7 @@ struct ChangedRuns {
     Rows rows;
 
     bool run(const TextRun& run) const {
-        char* const to = own_space(rows.call, rows.out.result, run.len);
+        char* const to = take_shared_space(rows.call, rows.out.result, run.len);
         if (to == nullptr) return false;
         std::memcpy(to, run.text, run.len);
         kChange(to, run.len);

@@ -4,6 +4,7 @@
 // row's is in its place then. Texts whose characters grow together so are reversed one by one.
 #include <cstring>
 
+#include "bop/bifun_str/joined_texts.h"
 #include "bop/bifun_str/text.h"
 #include "bop/bifun_str/text_groups.h"
 #include "bop/frame/export.h"

@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <cstdint>
 
-#include "bop/bifun_str/joined_texts.h"
-#include "bop/frame/run.h"
+#include "bop/frame/call.h"
+#include "bop/frame/shared_space.h"
 
 namespace bifun {
 
@@ -40,13 +40,13 @@ int32_t rows_in_groups(const Call& call, const bdta3_col* result, uint32_t begin
         uint32_t bytes = 0;
         while (n < most) {
             const uint64_t more = rows.bytes(begin + n);
-            if (more > TextGroup::kLongestText || bytes + more > kMostJoinedBytes) break;
+            if (more > TextGroup::kLongestText || bytes + more > kMostSharedBytes) break;
             bytes += static_cast<uint32_t>(more);
             group.at[++n] = bytes;
         }
         group.begin = begin;
         group.rows = n;
-        group.space = bytes == 0 ? nullptr : own_space(call, result, bytes);
+        group.space = bytes == 0 ? nullptr : take_shared_space(call, result, bytes);
         uint32_t end = begin + n;
         if (n == 0) {
             do {

@@ -6,6 +6,7 @@
 
 #include "bop/bifun_str/joined_texts.h"
 #include "bop/frame/run.h"
+#include "bop/frame/shared_space.h"
 #include "qzhost/characters.h"
 
 namespace bifun {
@@ -44,7 +45,7 @@ inline TextRun find_text_run(const bdta3_colstr* slots, const uint8_t* valid, ui
             continue;
         }
         const bdta3_colstr& slot = slots[end];
-        if (slot.len > kMostJoinedBytes - len || slot.bytes != text + len) break;
+        if (slot.len > kMostSharedBytes - len || slot.bytes != text + len) break;
         // An empty text may stand behind the last byte.
         if (kUtf8 && len != 0 && slot.len != 0 && !begins_utf8_character(*slot.bytes)) break;
         len += slot.len;

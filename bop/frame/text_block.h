@@ -7,21 +7,10 @@
 
 #include "bop/frame/blocks.h"
 #include "bop/frame/call.h"
-#include "bop/frame/memory.h"
+#include "bop/frame/shared_space.h"
 #include "bop/frame/worker.h"
 
 namespace bifun {
-
-// Few enough to stay in the first cache level, and for a vector to have room for them in its own space.
-inline constexpr uint32_t kTextBlockBytes = 2048;
-
-// Space of the result for the texts of several rows. NULL: there is none that they could share.
-inline char* take_shared_space(const Call& call, const frame::Output& out, uint32_t size) {
-    char* const space = bdta3_col_space_alloc(call.env, call.rt_mem, out.result->data, size);
-    if (space == nullptr || bdta3_str_is_in_local(out.result->data, space) != 0) return space;
-    release_block(call.env, call.rt_mem, space);  // a block that the rows could not give back one by one
-    return nullptr;
-}
 
 // Writer: `static int32_t write(char* to, x)` writes a text that is not empty and answers its length, or what is negative for a
 // row that is to be done by itself; and `static constexpr uint32_t kBytes`, which it may write at most, the text or what it
@@ -29,14 +18,14 @@ inline char* take_shared_space(const Call& call, const frame::Output& out, uint3
 // stand above a row that fails.
 template <class Writer, class View>
 bool put_texts(const Call& call, const frame::Output& out, uint32_t begin, uint32_t n, const View& x) {
-    static_assert(Writer::kBytes < kTextBlockBytes);
-    char texts[kTextBlockBytes];
+    static_assert(Writer::kBytes < kMostSharedBytes);
+    char texts[kMostSharedBytes];
     uint16_t ends[frame::kBlockRows];
     uint8_t* const valid = out.valid + begin;
     auto* const slots = static_cast<bdta3_colstr*>(out.values) + begin;
     for (uint32_t first = 0, end = 0; first < n; first = end) {
         uint32_t size = 0;
-        for (; end < n && size <= kTextBlockBytes - Writer::kBytes; ++end) {
+        for (; end < n && size <= kMostSharedBytes - Writer::kBytes; ++end) {
             if (x.valid_at(end) != 0) {
                 const int32_t len = Writer::write(texts + size, x.value_at(end));
                 if (len < 0) [[unlikely]]
@@ -45,7 +34,7 @@ bool put_texts(const Call& call, const frame::Output& out, uint32_t begin, uint3
             }
             ends[end] = static_cast<uint16_t>(size);
         }
-        char* const space = size == 0 ? nullptr : take_shared_space(call, out, size);
+        char* const space = size == 0 ? nullptr : take_shared_space(call, out.result, size);
         if (size != 0) {
             if (space == nullptr) return false;
             std::memcpy(space, texts, size);

@@ -115,9 +115,9 @@ TEST_F(TextGroups, WithoutMemoryRowsGoByThemselves) {
 TEST_F(TextGroups, ABlockIsNoOwnSpace) {
     const Vector result = Vector::result<Text>(host_, 1);
     const bifun::Call call{host_.env(), host_.mem(), "name"};
-    EXPECT_EQ(bifun::own_space(call, result.col(), 5000), nullptr);
+    EXPECT_EQ(bifun::take_shared_space(call, result.col(), 5000), nullptr);
     EXPECT_EQ(host_.outstanding(), 0u);
-    char* const space = bifun::own_space(call, result.col(), 2048);
+    char* const space = bifun::take_shared_space(call, result.col(), 2048);
     ASSERT_NE(space, nullptr);
     std::fill_n(space, 2048, 'x');
     EXPECT_NE(bdta3_str_is_in_local(result.col()->data, space), 0);
