@@ -130,6 +130,15 @@ void BM_binstr_def2_av_str(benchmark::State& state) {
     each_batch(state, [&](Batch& batch) { batch.call(binstr_def2_av_str, batch.text(), pattern.scalar()); });
 }
 
+// Words of a language, of which a few end in "ing", and 17 bytes that hardly a row has.
+void BM_binstr_def2_av_str_words(benchmark::State& state) {
+    const TextRows rows = bench::word_rows(state.range(0) == 0 ? Script::ascii : Script::utf8);
+    Constant pattern(state.range(1) == 0 ? "ing" : "shopping ordinary");
+    Batch batch(rows);
+    for (auto _ : state) batch.call(binstr_def2_av_str, batch.text(), pattern.scalar());
+    report(state, rows);
+}
+
 void BM_binstrb_def2_av_str(benchmark::State& state) {
     Constant pattern(pattern_of(state));
     each_batch(state, [&](Batch& batch) { batch.call(binstrb_def2_av_str, batch.text(), pattern.scalar()); });
@@ -204,6 +213,7 @@ BENCHMARK(BM_floor_copy)->Apply(without_patterns);
 BENCHMARK(BM_floor_scan_ends)->Apply(with_patterns);
 #endif
 BENCHMARK(BM_binstr_def2_av_str)->Apply(with_patterns);
+BENCHMARK(BM_binstr_def2_av_str_words)->ArgNames({"utf8", "long_pattern"})->ArgsProduct({{0, 1}, {0, 1}});
 BENCHMARK(BM_binstrb_def2_av_str)->Apply(with_patterns);
 BENCHMARK(BM_binstr_def2_aa_str)->Apply(without_patterns);
 BENCHMARK(BM_binstr_avvv_str)->Apply(with_patterns);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <random>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,17 @@ class TextRows {
             const uint32_t wanted = bytes(random);
             while (text_.size() - at < wanted) append_character(script, wanted - (text_.size() - at), random);
             rows_.push_back({at, wanted});
+        }
+        copy_ = text_;
+    }
+
+    // Rows of words, a blank in front of each, of 8 to 40 characters; the last word may be cut off.
+    TextRows(std::span<const std::string_view> words, size_t rows) {
+        std::mt19937 random(815);
+        for (size_t i = 0; i < rows; ++i) {
+            const uint32_t at = static_cast<uint32_t>(text_.size());
+            append_words(words, 8 + random() % 33, random);
+            rows_.push_back({at, static_cast<uint32_t>(text_.size()) - at});
         }
         copy_ = text_;
     }
@@ -61,6 +73,20 @@ class TextRows {
         text_ += kLetters[random() % kLetters.size()];
     }
 
+    void append_words(std::span<const std::string_view> words, size_t characters, std::mt19937& random) {
+        for (std::string_view left; characters > 0; --characters) {
+            if (left.empty()) {
+                text_ += ' ';
+                left = words[random() % words.size()];
+                continue;
+            }
+            size_t length = 1;
+            while (length < left.size() && (static_cast<uint8_t>(left[length]) & 0xC0) == 0x80) ++length;
+            text_ += left.substr(0, length);
+            left.remove_prefix(length);
+        }
+    }
+
     std::string text_;
     std::string copy_;
     std::vector<TextRow> rows_;
@@ -70,6 +96,17 @@ inline constexpr size_t kShortRows = 1 << 16;
 inline constexpr size_t kLongRows = 1 << 12;
 
 inline TextRows short_rows(Script script) { return {script, 8, 40, kShortRows}; }
+inline constexpr std::string_view kWords[] = {
+    "a",     "to",   "we",      "for",   "harbour", "Bridge", "East",     "yellow", "receipt", "Anna",     "Ring",
+    "cargo", "1987", "mooring", "crate", "refund",  "B3",     "supplier", "Costa",  "silver",  "ordinary", "shopping",
+    "yes",   "Unit", "tiny",    "Y-205", "collect", "Brown",  "pickup",   "Lisbon", "evening", "was"};
+inline constexpr std::string_view kWordsOfUtf8[] = {
+    "Straße", "to",     "cliché", "cargo",    "Спасибо", "receipt", "图书馆", "crate",  "京都",   "señal", "Brown",
+    "Αθήνα",  "yellow", "garçon", "shopping", "город",   "1987",    "Gdańsk", "大阪府", "refund", "🚲",     "Köln"};
+
+inline TextRows word_rows(Script script) {
+    return script == Script::ascii ? TextRows(kWords, kShortRows) : TextRows(kWordsOfUtf8, kShortRows);
+}
 inline TextRows long_rows(Script script) { return {script, 200, 2000, kLongRows}; }
 
 }  // namespace bench
